@@ -1,0 +1,23 @@
+#pragma once
+
+// The whole public surface of the library in one include.
+
+#include "vekdll/export.h"
+
+// platform stand-ins
+#include "vekdll/platform/c_archive.h"
+#include "vekdll/platform/c_event.h"
+#include "vekdll/platform/c_file.h"
+#include "vekdll/platform/c_list.h"
+#include "vekdll/platform/c_string.h"
+#include "vekdll/platform/clock.h"
+#include "vekdll/platform/crt_random.h"
+#include "vekdll/platform/framework_exceptions.h"
+#include "vekdll/platform/framework_types.h"
+#include "vekdll/platform/user_hooks.h"
+
+// foundation
+#include "vekdll/foundation/safe_alloc.h"
+#include "vekdll/foundation/sse_fns.h"
+#include "vekdll/foundation/sse_point.h"
+#include "vekdll/foundation/time_logger.h"
