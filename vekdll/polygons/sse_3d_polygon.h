@@ -1,0 +1,143 @@
+#pragma once
+
+#include "vekdll/export.h"
+#include "vekdll/foundation/sse_point.h"
+#include "vekdll/polygons/resolution_data.h"
+
+class CArchive;
+class CPixelChain;
+
+// The library's one polyline: an ordered run of points in space. Each
+// coordinate lives in an array of its own, 16-byte aligned and allocated in
+// whole blocks of four, so that one __m128 holds one coordinate of four
+// successive points. A second copy of x, y and z scaled into world units
+// (NormalizeXYZ) serves the distance scans.
+//
+// A polygon has no closed flag and no repeated end point; each method says
+// whether it joins the last point to the first.
+//
+// Copying: operator= shares the arrays (a shallow member copy), the copy
+// constructor and CreateSimilar make deep copies.
+class VEKDLL_API CSSE3dPolygon {
+public:
+    // ---------------------------------------------------------------- life
+    CSSE3dPolygon();
+    CSSE3dPolygon(const CSSE3dPolygon& other);
+    // One point per `step` pixels of the chain (every pixel for step below 2), z = 0.
+    CSSE3dPolygon(CPixelChain& chain, int step);
+    ~CSSE3dPolygon();
+    // Shallow: afterwards both objects own the same arrays and box block, so
+    // only one of them may be destroyed.
+    CSSE3dPolygon& operator=(const CSSE3dPolygon& other);
+
+    void Create(int numPoints);
+    // x, y and z of every point, the box points and the box flag of `src`.
+    void CreateSimilar(CSSE3dPolygon* src);
+    void Free();
+    int GetNumPoints() const;
+    bool IsBoundingBoxCalculated() const;
+    void Serialize(CArchive& ar);
+
+    // ---------------------------------------------------------------- point reads
+    // An index outside 0 .. NumPoints-1 leaves the outputs untouched, except
+    // where a form says it zeroes its SSEPoint first.
+    void GetPoint(int i, float& x, float& y, float& z) const;
+    void GetPointX(int i, float& x) const;
+    void GetPointY(int i, float& y) const;
+    void GetPointZ(int i, float& z) const;
+    void GetPointXY(int i, float& x, float& y) const;
+    void GetPointXZ(int i, float& x, float& z) const;
+    void GetPointZY(int i, float& z, float& y) const;
+    void GetPointSSE(int i, SSEPoint& p) const;
+    void GetPointXYSSE(int i, SSEPoint& p) const;
+    void GetPointSSEClosed(int i, SSEPoint& p) const;
+    void GetPointNormalized(int i, float& x, float& y, float& z) const;
+    void GetPointNormalizedXY(int i, float& x, float& y) const;
+    void GetPointNormalizedSSE(int i, SSEPoint& p) const;
+    void GetPointNormalizedXYSSE(int i, SSEPoint& p) const;
+
+    // ---------------------------------------------------------------- point writes
+    // An index out of range does nothing; any other write clears the box flag.
+    void SetPoint(int i, float x, float y, float z);
+    void SetPointSSE(int i, SSEPoint& p);
+    void SetPointX(int i, float x);
+    void SetPointY(int i, float y);
+    void SetPointZ(int i, float z);
+    void SetPointXY(int i, float x, float y);
+    void SetPointXZ(int i, float x, float z);
+    void SetPointZY(int i, float z, float y);
+    void SetPointNormalized(int i, float x, float y, float z);
+    void SetPointNormalizedSSE(int i, SSEPoint& p);
+
+    // ---------------------------------------------------------------- whole-polygon writes
+    void SetAllYValues(float y);
+    void SetAllZValues(float z);
+    void AddValueToAllXValues(float dx);
+    void AddValueToAllYValues(float dy);
+    void NormalizeXYZ(t_resolutiondata& resolution);
+
+    // ---------------------------------------------------------------- box and centre
+    void CalcBoundingBox();
+    void GetBoundingBox2D(int& xmin, int& ymin, int& xmax, int& ymax);
+    void GetBoundingBox3D(float& xmin, float& ymin, float& zmin, float& xmax, float& ymax, float& zmax);
+    SSEPoint GetTopRight() const;
+    SSEPoint GetBottomLeft() const;
+    void CalcGeometricCenter();
+    void GetGeometricCenter(SSEPoint& centre) const;
+
+    // ---------------------------------------------------------------- measures of the closed line
+    float CalcCircumference() const;
+    // Twice the signed area in the plane, positive counter-clockwise.
+    float CalcXYArea() const;
+    float CalcXZArea() const;
+    float CalcYZArea() const;
+
+    // ---------------------------------------------------------------- nearest points
+    // Every point, by spatial distance. -1 if none is nearer than 10000000.
+    int ClosestPoint(SSEPoint& p) const;
+    // Every point with from <= i < to.
+    int ClosestPointWithIntervalIndex(SSEPoint& p, int from, int to) const;
+    // The coordinate-wise forms look at the even indices below NumPoints-1 only.
+    int ClosestPointX(float x) const;
+    int ClosestPointY(float y) const;
+    int ClosestPointXWithIntervalY(float x, float lo, float hi) const;
+    int ClosestPointYWithIntervalX(float y, float lo, float hi) const;
+    int ClosestPointXY(float x, float y) const;
+    int ClosestPointYZ(float y, float z) const;
+    bool PointAlreadyThereInArrayXY(int upto, SSEPoint& p, float tol) const;
+
+    // ---------------------------------------------------------------- distance scans (normalised units)
+    // Over whole blocks of four points only; after each block read, `skip`
+    // further blocks are jumped over.
+    float GetMinEuclDistance(float x, float y, float z, int skip) const;
+    float GetMinEuclDistanceSpecial(float x, float y, float z, int skip) const;
+    float GetMinEuclDistanceXY(float x, float y, int skip) const;
+
+    // ---------------------------------------------------------------- rasterisation into fields
+
+    // ---------------------------------------------------------------- resampling and editing
+
+    // ---------------------------------------------------------------- offsetting
+
+private:
+    bool InRange(int i) const { return i >= 0 && i < NumPoints; }
+    void AllocateBoxBlock();
+    // Releases the six arrays whatever the count says, so that the zero-size
+    // arrays of an empty polygon don't outlive it.
+    void ReleaseArrays();
+    void CopyBoxPointsFrom(const CSSE3dPolygon& src);
+
+    float* PointsX;
+    float* PointsY;
+    float* PointsZ;
+    float* NormalizedX;
+    float* NormalizedY;
+    float* NormalizedZ;
+    int NumPoints;
+    SSEPoint* TopRight;
+    SSEPoint* BottomLeft;
+    SSEPoint* TopRight2D;
+    SSEPoint* BottomLeft2D;
+    SSEPoint* GeometricCenter;
+    bool BoundingBoxCalculated;
+};
