@@ -21,3 +21,10 @@
 #include "vekdll/foundation/sse_fns.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/foundation/time_logger.h"
+
+// polygons
+#include "vekdll/pixelchains/pixel_chain.h"
+#include "vekdll/planar/h2d_point.h"
+#include "vekdll/polygons/resolution_data.h"
+#include "vekdll/polygons/sse_2d_polygon.h"
+#include "vekdll/polygons/sse_3d_polygon.h"
