@@ -116,6 +116,17 @@ public:
     // ---------------------------------------------------------------- rasterisation into fields
 
     // ---------------------------------------------------------------- resampling and editing
+    // Inserts points on each segment of the closed line that is longer than
+    // `spacing` in x or y, so that no gap stays much wider; no source point
+    // moves and a dense line isn't thinned. `indices`, if not null, must have
+    // NumPoints entries and receives the new index of each source point.
+    void ReParametrize(float spacing);
+    void ReParametrize(float spacing, int* indices);
+    // Makes point `start`, or the point nearest to p, the first one; the order
+    // stays. `indices`, if not null, is an array of NumPoints entries that is
+    // rotated the same way.
+    void ChangeStartPoint(SSEPoint& p, int* indices);
+    void ChangeStartPoint(int start, int* indices);
 
     // ---------------------------------------------------------------- offsetting
 
@@ -126,6 +137,9 @@ private:
     // arrays of an empty polygon don't outlive it.
     void ReleaseArrays();
     void CopyBoxPointsFrom(const CSSE3dPolygon& src);
+    // The body of the inserting resampling forms: segments of the closed or
+    // the open line, judged long by x and y, or by z as well.
+    void InsertPointsOnLongSegments(float spacing, bool closed, bool heightCounts, int* indices);
 
     float* PointsX;
     float* PointsY;
