@@ -22,6 +22,10 @@
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/foundation/time_logger.h"
 
+// raster fields
+#include "vekdll/fields/img_from_to_array.h"
+#include "vekdll/fields/sse_matrix.h"
+
 // polygons
 #include "vekdll/pixelchains/pixel_chain.h"
 #include "vekdll/planar/h2d_point.h"
