@@ -17,9 +17,16 @@ std::int64_t StorageBytes(const CSSEMatrix& m)
     return static_cast<std::int64_t>(m.GetSSESizeX()) * m.GetSSESizeY() * static_cast<std::int64_t>(sizeof(__m128));
 }
 
-void Report(benchmark::State& state, int sizeX, int sizeY, std::int64_t bytes)
+// A cleared field of the benchmark's width and height.
+void CreateForArgs(const benchmark::State& state, CSSEMatrix& m)
 {
-    const double pixels = static_cast<double>(sizeX) * sizeY;
+    m.Create(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+}
+
+// Size, pixels per second and bytes per second of `bytes` moved per iteration.
+void Report(benchmark::State& state, std::int64_t bytes)
+{
+    const double pixels = static_cast<double>(state.range(0)) * static_cast<double>(state.range(1));
     state.counters["pixels"] = pixels;
     state.counters["pixels/s"] = benchmark::Counter(pixels * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
     state.SetBytesProcessed(bytes * static_cast<std::int64_t>(state.iterations()));
@@ -27,42 +34,36 @@ void Report(benchmark::State& state, int sizeX, int sizeY, std::int64_t bytes)
 
 void BM_CopyFromSSEMatrix(benchmark::State& state)
 {
-    const int sizeX = static_cast<int>(state.range(0));
-    const int sizeY = static_cast<int>(state.range(1));
     CSSEMatrix src;
-    src.Create(sizeX, sizeY);
+    CreateForArgs(state, src);
     src.Fill(1.5f);
     CSSEMatrix dst;
-    dst.Create(sizeX, sizeY);
+    CreateForArgs(state, dst);
     for (auto _ : state) {
         dst.CopyFromSSEMatrix(src);
         benchmark::ClobberMemory();
     }
-    Report(state, sizeX, sizeY, StorageBytes(src));
+    Report(state, StorageBytes(src));
 }
 
 void BM_Fill(benchmark::State& state)
 {
-    const int sizeX = static_cast<int>(state.range(0));
-    const int sizeY = static_cast<int>(state.range(1));
     CSSEMatrix m;
-    m.Create(sizeX, sizeY);
+    CreateForArgs(state, m);
     float v = 0.0f;
     for (auto _ : state) {
         m.Fill(v);
         v += 1.0f;
         benchmark::ClobberMemory();
     }
-    Report(state, sizeX, sizeY, StorageBytes(m));
+    Report(state, StorageBytes(m));
 }
 
 // The floor for a copy: one memcpy of as many bytes as the field's storage.
 void BM_PlainMemcpy(benchmark::State& state)
 {
-    const int sizeX = static_cast<int>(state.range(0));
-    const int sizeY = static_cast<int>(state.range(1));
     CSSEMatrix shape;
-    shape.CreateNoClear(sizeX, sizeY);
+    CreateForArgs(state, shape);
     const std::int64_t bytes = StorageBytes(shape);
     shape.Reset();
     void* src = SafeAlignedAlloc(static_cast<std::uint64_t>(bytes), 16);
@@ -74,7 +75,7 @@ void BM_PlainMemcpy(benchmark::State& state)
         benchmark::DoNotOptimize(dst);
         benchmark::ClobberMemory();
     }
-    Report(state, sizeX, sizeY, bytes);
+    Report(state, bytes);
     SafeAlignedFree(src);
     SafeAlignedFree(dst);
 }
