@@ -58,55 +58,42 @@ TEST(CSSEMatrixStorage, LinesBlocksAndPaddingFollowTheRowCount)
     }
 }
 
-TEST(CSSEMatrixStorage, CreateClearsEveryLaneAndReplacesTheOldImage)
+TEST(CSSEMatrixStorage, LifeCycleClearsReleasesAndRefuses)
 {
     CSSEMatrix m;
     m.CreateNoClear(7, 9);
     FillLanes(m, vek::test::Tag);
     m.SetRowProcessed(6);
-    m.Create(7, 9);
+    m.Create(7, 9); // no block is reused: the old image goes (leak checker)
     for (float lane : AllLanes(m)) ASSERT_EQ(lane, 0.0f);
-    EXPECT_EQ(m.GetRowProcessed(), 6); // not touched by Create
+    EXPECT_EQ(m.GetRowProcessed(), 6);
 
-    m.Create(3, 2); // a different size; the old blocks go (checked by the leak checker)
-    EXPECT_EQ(m.GetSSESizeY(), 1);
-    for (float lane : AllLanes(m)) ASSERT_EQ(lane, 0.0f);
+    // Impossible sizes are refused before anything changes.
+    m.SetPoint(1, 1, 8.0f);
+    __m128** lines = m.GetMatrixDataDirectly();
+    EXPECT_THROW(m.Create(-1, 5), CInvalidArgException);
+    EXPECT_THROW(m.Create(5, -1), CInvalidArgException);
+    EXPECT_THROW(m.CreateNoClear(1, CSSEMatrix::kMaxSizeY + 1), CInvalidArgException);
+    EXPECT_EQ(m.GetMatrixDataDirectly(), lines);
+    EXPECT_EQ(m.GetPoint(1, 1), 8.0f);
 
     CSSEMatrix similar;
-    m.Fill(4.0f);
     similar.CreateSimilar(m);
-    EXPECT_EQ(similar.GetSizeX(), 3);
-    EXPECT_EQ(similar.GetSizeY(), 2);
-    for (float lane : AllLanes(similar)) ASSERT_EQ(lane, 0.0f);
-}
+    EXPECT_EQ(similar.GetSizeX(), 7);
+    EXPECT_EQ(similar.GetSizeY(), 9);
+    EXPECT_EQ(similar.GetPoint(1, 1), 0.0f);
 
-TEST(CSSEMatrixStorage, ReleaseKeepsSizesAndResetForgetsThem)
-{
-    CSSEMatrix m;
-    EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
-    EXPECT_EQ(m.GetFields(), 0);
-    EXPECT_EQ(m.GetSizeX(), 0);
-
-    m.Create(12, 140);
-    m.SetRowProcessed(17);
+    // Releasing keeps the sizes of the image no longer held; Reset forgets them.
     m.FreeImageMemoryOnly();
     EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
     EXPECT_EQ(m.GetFields(), 0);
     EXPECT_EQ(m.GetField(0), nullptr);
-    EXPECT_EQ(m.GetField(1), nullptr);
-    EXPECT_EQ(m.GetSizeX(), 12);
-    EXPECT_EQ(m.GetSizeY(), 140);
-    EXPECT_EQ(m.GetSSESizeY(), 36);
-    EXPECT_EQ(m.GetRowProcessed(), 17);
-    m.FreeImageMemoryOnly(); // twice is harmless
-    // Whole-field writes on a field without an image do nothing.
-    m.Fill(1.0f);
-    m.ClearRow(3, 1.0f);
+    EXPECT_EQ(m.GetSizeX(), 7);
+    EXPECT_EQ(m.GetSSESizeY(), 3);
+    EXPECT_EQ(m.GetRowProcessed(), 6);
+    m.Fill(1.0f); // whole-field writes without an image do nothing
     m.FillMatrixWithProcessedRow();
-
-    m.Create(4, 4);
     m.Reset();
-    EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
     EXPECT_EQ(m.GetSizeX(), 0);
     EXPECT_EQ(m.GetSizeY(), 0);
     EXPECT_EQ(m.GetSSESizeX(), 0);
@@ -114,64 +101,31 @@ TEST(CSSEMatrixStorage, ReleaseKeepsSizesAndResetForgetsThem)
     EXPECT_EQ(m.GetRowProcessed(), 0);
 }
 
-TEST(CSSEMatrixStorage, ImpossibleSizesAreRefusedWithoutChange)
-{
-    CSSEMatrix m;
-    m.Create(3, 5);
-    m.SetPoint(1, 1, 8.0f);
-    __m128** before = m.GetMatrixDataDirectly();
-    EXPECT_THROW(m.Create(-1, 5), CInvalidArgException);
-    EXPECT_THROW(m.Create(5, -1), CInvalidArgException);
-    EXPECT_THROW(m.CreateNoClear(1, CSSEMatrix::kMaxSizeY + 1), CInvalidArgException);
-    EXPECT_EQ(m.GetMatrixDataDirectly(), before);
-    EXPECT_EQ(m.GetSizeX(), 3);
-    EXPECT_EQ(m.GetSizeY(), 5);
-    EXPECT_EQ(m.GetPoint(1, 1), 8.0f);
-}
-
-TEST(CSSEMatrixStorage, AssignmentSharesTheImageAndCopyFromSSEMatrixDuplicatesIt)
+TEST(CSSEMatrixStorage, AssignmentSharesTheImageWithoutCopyingIt)
 {
     CSSEMatrix a;
     a.Create(6, 260); // three blocks
-    a.SetPoint(2, 259, 5.0f);
     a.SetRowProcessed(40);
-
     {
         CSSEMatrix b;
         b = a;
         EXPECT_EQ(b.GetMatrixDataDirectly(), a.GetMatrixDataDirectly());
-        for (int i = 0; i < a.GetFields(); ++i) EXPECT_EQ(b.GetField(i), a.GetField(i));
-        EXPECT_EQ(b.GetFields(), 3);
-        EXPECT_EQ(b.GetSSESizeY(), 66);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(b.GetField(i), a.GetField(i));
         EXPECT_EQ(b.GetRowProcessed(), 40);
         b.SetPoint(1, 1, 9.0f);
         EXPECT_EQ(a.GetPoint(1, 1), 9.0f);
-
-        // The other side of an assignment forgets the shared image by taking
-        // an empty field, so that only `a` releases it.
+        // The other side forgets the shared image by taking an empty field,
+        // so that only `a` releases it.
         b = CSSEMatrix{};
-        EXPECT_EQ(b.GetMatrixDataDirectly(), nullptr);
         EXPECT_EQ(b.GetField(0), nullptr);
     }
-    EXPECT_EQ(a.GetPoint(2, 259), 5.0f);
-
     // Moving a field: the destination takes over, the source forgets.
     auto* moved = new CSSEMatrix;
     *moved = a;
     a = CSSEMatrix{};
     EXPECT_EQ(moved->GetPoint(1, 1), 9.0f);
     EXPECT_EQ(a.GetMatrixDataDirectly(), nullptr);
-
-    // The deep copy owns new lines with the same contents, padding included.
-    FillLanes(*moved, vek::test::Tag);
-    CSSEMatrix deep;
-    deep.CopyFromSSEMatrix(*moved);
-    EXPECT_NE(deep.GetMatrixDataDirectly(), moved->GetMatrixDataDirectly());
-    EXPECT_EQ(AllLanes(deep), AllLanes(*moved));
-    deep.SetPoint(0, 0, -1.0f);
-    EXPECT_EQ(moved->GetPoint(0, 0), vek::test::Tag(0, 0));
     delete moved;
-    EXPECT_EQ(deep.GetPoint(1, 1), vek::test::Tag(1, 1));
 }
 
 } // namespace
