@@ -32,3 +32,10 @@
 #include "vekdll/polygons/resolution_data.h"
 #include "vekdll/polygons/sse_2d_polygon.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
+
+// classifier
+#include "vekdll/classifier/bayes_klassifikator.h"
+#include "vekdll/classifier/f_matrix.h"
+#include "vekdll/classifier/klassenelement.h"
+#include "vekdll/classifier/klassenmuster.h"
+#include "vekdll/classifier/klassifikator.h"
