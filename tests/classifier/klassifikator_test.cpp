@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include "classifier/classifier_helpers.h"
+#include "vekdll/classifier/bayes_klassifikator.h"
+#include "vekdll/classifier/klassifikator.h"
+#include "vekdll/platform/framework_exceptions.h"
+
+using vek::test::NewElement;
+
+namespace {
+
+std::vector<float> FeaturesOf(const ZrCKlassenelement* e)
+{
+    return std::vector<float>(e->Features, e->Features + e->NumFeatures);
+}
+
+TEST(ZrCKlassifikatorTest, AddingElementsTakesTheirLengthAndClearsTrained)
+{
+    ZrCKlassifikator k;
+    EXPECT_EQ(k.NumClasses, 0);
+    EXPECT_EQ(k.NumFeatures, 0);
+    EXPECT_FALSE(k.Trained);
+
+    k.Trained = true;
+    k.AddEntryTrainingset(NewElement({1, 2, 3}, 0));
+    EXPECT_EQ(k.NumFeatures, 3);
+    EXPECT_FALSE(k.Trained);
+
+    // A vector of another length changes NumFeatures; older ones keep theirs.
+    k.AddEntryTrainingset(NewElement({1, 2}, 1));
+    EXPECT_EQ(k.NumFeatures, 2);
+    EXPECT_EQ(k.TrainingSet.GetHead()->NumFeatures, 3);
+    k.AddEntryTrainingset(nullptr);
+    EXPECT_EQ(k.TrainingSet.GetCount(), 2);
+
+    // A list gives its first element's length, and hands over all elements.
+    CTypedPtrList<CPtrList, ZrCKlassenelement*> list;
+    k.Trained = true;
+    k.AddEntriesTrainingset(&list);
+    EXPECT_TRUE(k.Trained); // an empty list changes nothing
+    list.AddTail(NewElement({1, 2, 3, 4}, 0));
+    list.AddTail(NewElement({1}, 1));
+    k.AddEntriesTrainingset(&list);
+    EXPECT_EQ(k.NumFeatures, 4);
+    EXPECT_FALSE(k.Trained);
+    EXPECT_EQ(k.TrainingSet.GetCount(), 4);
+    EXPECT_EQ(k.TrainingSet.GetTail(), list.GetTail());
+}
+
+TEST(ZrCKlassifikatorTest, ClassCountClearingAndTheBaseClassStubs)
+{
+    ZrCBayesKlassifikator k;
+    k.setNumClasses(2);
+    k.AddEntryTrainingset(NewElement({1, 2}, 0));
+    k.AddEntryTrainingset(NewElement({2, 1}, 1));
+    k.Training(false);
+    ASSERT_TRUE(k.Trained);
+
+    k.setNumClasses(2);
+    EXPECT_TRUE(k.Trained);
+    k.setNumClasses(3);
+    EXPECT_FALSE(k.Trained);
+    EXPECT_EQ(k.NumClasses, 3);
+
+    k.ClearAll();
+    EXPECT_EQ(k.NumClasses, 0);
+    EXPECT_EQ(k.NumFeatures, 2);
+    EXPECT_TRUE(k.TrainingSet.IsEmpty());
+    EXPECT_TRUE(k.Patterns.IsEmpty());
+
+    ZrCKlassifikator base;
+    base.setNumClasses(2);
+    base.AddEntryTrainingset(NewElement({1, 2}, 0));
+    base.Training();
+    EXPECT_FALSE(base.Trained);
+    EXPECT_EQ(base.Classify(base.TrainingSet.GetHead()), -1);
+}
+
+TEST(ZrCKlassifikatorTest, CopyFromDuplicatesTheTrainingSetButNotTheModels)
+{
+    ZrCBayesKlassifikator src;
+    src.setNumClasses(2);
+    src.AddEntryTrainingset(NewElement({1, 2}, 0));
+    src.AddEntryTrainingset(NewElement({3, 4}, 1));
+    src.Training(false);
+
+    ZrCBayesKlassifikator copy;
+    copy.AddEntryTrainingset(NewElement({9, 9, 9}, 0));
+    copy.CopyFrom(&src);
+    EXPECT_EQ(copy.NumClasses, 2);
+    EXPECT_EQ(copy.NumFeatures, 2);
+    EXPECT_FALSE(copy.Trained);
+    EXPECT_TRUE(copy.Patterns.IsEmpty());
+    ASSERT_EQ(copy.TrainingSet.GetCount(), 2);
+    EXPECT_NE(copy.TrainingSet.GetHead(), src.TrainingSet.GetHead());
+    EXPECT_EQ(FeaturesOf(copy.TrainingSet.GetHead()), (std::vector<float>{1, 2}));
+    EXPECT_EQ(copy.TrainingSet.GetTail()->ClassId, 1);
+
+    copy.CopyFrom(&copy);
+    EXPECT_EQ(copy.TrainingSet.GetCount(), 2);
+    EXPECT_THROW(copy.CopyFrom(nullptr), CInvalidArgException);
+}
+
+} // namespace
