@@ -1,17 +1,20 @@
 #pragma once
 
 // Building blocks shared by the classifier tests: elements from literal
-// values, Gaussian samples that are the same on every platform, and a
-// message handler that records instead of printing.
+// values, Gaussian samples that are the same on every platform, and
+// handlers that record message boxes and answer path requests.
 
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vekdll/classifier/klassenelement.h"
+#include "vekdll/classifier/klassifikator.h"
 #include "vekdll/platform/user_hooks.h"
 
 namespace vek::test {
@@ -33,17 +36,8 @@ public:
 
     double Next()
     {
-        if (haveSpare_) {
-            haveSpare_ = false;
-            return spare_;
-        }
-        const double u1 = Uniform();
-        const double u2 = Uniform();
-        const double radius = std::sqrt(-2.0 * std::log(u1));
-        const double angle = 2.0 * 3.14159265358979323846 * u2;
-        spare_ = radius * std::sin(angle);
-        haveSpare_ = true;
-        return radius * std::cos(angle);
+        const double radius = std::sqrt(-2.0 * std::log(Uniform()));
+        return radius * std::cos(2.0 * 3.14159265358979323846 * Uniform());
     }
 
 private:
@@ -51,8 +45,6 @@ private:
     double Uniform() { return (static_cast<double>(engine_()) + 0.5) / 4294967296.0; }
 
     std::mt19937 engine_;
-    double spare_ = 0.0;
-    bool haveSpare_ = false;
 };
 
 // A sample around `mean` with standard deviation `sigma` in every feature.
@@ -65,21 +57,52 @@ inline ZrCKlassenelement* NewSample(NormalSource& source, const std::vector<floa
     return e;
 }
 
-// Records every message box while it lives; the previous handler returns after.
+// Installs a handler for the life of the object and restores the previous one.
+template <class Handler, Handler (*Install)(Handler)>
+class ScopedHandler {
+public:
+    explicit ScopedHandler(Handler handler) : previous_(Install(std::move(handler))) {}
+    ~ScopedHandler() { Install(std::move(previous_)); }
+    ScopedHandler(const ScopedHandler&) = delete;
+    ScopedHandler& operator=(const ScopedHandler&) = delete;
+
+private:
+    Handler previous_;
+};
+
+// Records every message box while it lives.
 class MessageRecorder {
 public:
-    MessageRecorder()
-        : previous_(vek::SetMessageHandler([this](const std::string& text) { messages.push_back(text); }))
-    {
-    }
-    ~MessageRecorder() { vek::SetMessageHandler(previous_); }
-    MessageRecorder(const MessageRecorder&) = delete;
-    MessageRecorder& operator=(const MessageRecorder&) = delete;
-
     std::vector<std::string> messages;
 
 private:
-    vek::MessageHandler previous_;
+    ScopedHandler<vek::MessageHandler, &vek::SetMessageHandler> scope_{
+        [this](const std::string& text) { messages.push_back(text); }};
 };
+
+// Answers every path request with `reply` while it lives, and records them.
+class PathAnswer {
+public:
+    explicit PathAnswer(std::optional<std::string> reply)
+        : scope_([this, reply](const vek::PathRequest& request) {
+              requests.push_back(request);
+              return reply;
+          })
+    {
+    }
+
+    std::vector<vek::PathRequest> requests;
+
+private:
+    ScopedHandler<vek::PathHandler, &vek::SetPathHandler> scope_;
+};
+
+// Two classes of one element each: (1, 2) in class 0 and (3, 4) in class 1.
+inline void FillTwoClasses(ZrCKlassifikator& k)
+{
+    k.setNumClasses(2);
+    k.AddEntryTrainingset(NewElement({1, 2}, 0));
+    k.AddEntryTrainingset(NewElement({3, 4}, 1));
+}
 
 } // namespace vek::test

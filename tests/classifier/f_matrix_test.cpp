@@ -19,7 +19,7 @@ struct Matrix {
     float** m;
 };
 
-// Determinant by the Leibniz sum over all permutations: slow, but shares
+// Determinant as the Leibniz sum over all permutations: slow, but it shares
 // nothing with elimination.
 double LeibnizDeterminant(float** a, int n)
 {
@@ -27,48 +27,25 @@ double LeibnizDeterminant(float** a, int n)
     for (int i = 0; i < n; ++i) p[i] = i;
     double det = 0.0;
     do {
-        int inversions = 0;
+        double product = 1.0;
         for (int i = 0; i < n; ++i) {
-            for (int j = i + 1; j < n; ++j) inversions += p[i] > p[j] ? 1 : 0;
+            product *= a[i][p[i]];
+            for (int j = i + 1; j < n; ++j) product *= p[i] > p[j] ? -1.0 : 1.0;
         }
-        double product = inversions % 2 == 0 ? 1.0 : -1.0;
-        for (int i = 0; i < n; ++i) product *= a[i][p[i]];
         det += product;
     } while (std::next_permutation(p.begin(), p.end()));
     return det;
 }
 
-TEST(CFMatrixTest, CreatedMatricesKnowTheirSizesAndHoldRowsContiguously)
+TEST(CFMatrixTest, ElementwiseProductAndTransposeFollowTheHandCalculation)
 {
     Matrix zero(CFMatrix::fmat_creat(2, 3, 0));
-    ASSERT_NE(zero.m, nullptr);
     EXPECT_EQ(CFMatrix::fmat_rows(zero.m), 2);
     EXPECT_EQ(CFMatrix::fmat_columns(zero.m), 3);
-    for (int r = 0; r < 2; ++r) {
-        for (int c = 0; c < 3; ++c) EXPECT_EQ(zero.m[r][c], 0.0f);
-    }
+    EXPECT_EQ(zero.m[1][2], 0.0f);
 
-    Matrix filled(2, 3, {1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(filled.m[0][2], 3.0f);
-    EXPECT_EQ(filled.m[1][0], 4.0f);
-    EXPECT_EQ(filled.m[1], filled.m[0] + 3); // one block, row after row
-
-    Matrix empty(CFMatrix::fmat_creat(0, 4, nullptr));
-    ASSERT_NE(empty.m, nullptr);
-    EXPECT_EQ(CFMatrix::fmat_rows(empty.m), 0);
-    EXPECT_EQ(CFMatrix::fmat_columns(empty.m), 4);
-
-    EXPECT_EQ(CFMatrix::fmat_creat(-1, 2, nullptr), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_creat(2, -1, nullptr), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_rows(nullptr), 0);
-    CFMatrix::fmat_free(nullptr);
-}
-
-TEST(CFMatrixTest, DifferenceProductAndTransposeFollowTheHandCalculation)
-{
     Matrix a(2, 3, {1, 2, 3, 4, 5, 6});
     Matrix b(3, 2, {7, 8, 9, 10, 11, 12});
-
     Matrix product(CFMatrix::fmat_mul(a.m, b.m));
     ASSERT_EQ(CFMatrix::fmat_rows(product.m), 2);
     ASSERT_EQ(CFMatrix::fmat_columns(product.m), 2);
@@ -80,32 +57,17 @@ TEST(CFMatrixTest, DifferenceProductAndTransposeFollowTheHandCalculation)
     Matrix transposed(CFMatrix::fmat_tran(b.m));
     Matrix difference(CFMatrix::fmat_sub(a.m, transposed.m));
     ASSERT_EQ(CFMatrix::fmat_rows(difference.m), 2);
-    ASSERT_EQ(CFMatrix::fmat_columns(difference.m), 3);
-    const float expected[2][3] = {{1 - 7, 2 - 9, 3 - 11}, {4 - 8, 5 - 10, 6 - 12}};
-    for (int r = 0; r < 2; ++r) {
-        for (int c = 0; c < 3; ++c) EXPECT_EQ(difference.m[r][c], expected[r][c]);
-    }
+    EXPECT_EQ(difference.m[0][1], 2.0f - 9.0f);
+    EXPECT_EQ(difference.m[1][2], 6.0f - 12.0f);
 
-    // A row vector times a column vector is the dot product.
-    Matrix row(1, 3, {1, 2, 3});
-    Matrix column(3, 1, {4, 5, 6});
-    Matrix dot(CFMatrix::fmat_mul(row.m, column.m));
-    EXPECT_EQ(dot.m[0][0], 32.0f);
-}
-
-TEST(CFMatrixTest, MismatchedSizesAndNullArgumentsGiveNull)
-{
-    Matrix a(2, 3, {1, 2, 3, 4, 5, 6});
-    Matrix b(2, 2, {1, 2, 3, 4});
+    // Sizes that don't fit, and null arguments, give null or not-a-number.
     EXPECT_EQ(CFMatrix::fmat_sub(a.m, b.m), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_mul(a.m, b.m), nullptr); // 3 columns against 2 rows
-    EXPECT_EQ(CFMatrix::fmat_sub(nullptr, b.m), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_mul(b.m, nullptr), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_tran(nullptr), nullptr);
+    EXPECT_EQ(CFMatrix::fmat_mul(a.m, a.m), nullptr);
     EXPECT_EQ(CFMatrix::fmat_inv(a.m), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_inv(nullptr), nullptr);
     EXPECT_TRUE(std::isnan(CFMatrix::fmat_det(a.m)));
-    EXPECT_TRUE(std::isnan(CFMatrix::fmat_det(nullptr)));
+    EXPECT_EQ(CFMatrix::fmat_tran(nullptr), nullptr);
+    EXPECT_EQ(CFMatrix::fmat_creat(-1, 2, nullptr), nullptr);
+    CFMatrix::fmat_free(nullptr);
 }
 
 TEST(CFMatrixTest, InverseAndDeterminantOfRandomMatricesMatchIndependentChecks)
@@ -114,39 +76,23 @@ TEST(CFMatrixTest, InverseAndDeterminantOfRandomMatricesMatchIndependentChecks)
     for (int trial = 0; trial < 60; ++trial) {
         const int n = 1 + trial % 5;
         std::vector<float> values(static_cast<std::size_t>(n * n));
-        // Small integers keep the Leibniz sum exact in double.
+        // Small integers keep the Leibniz sum exact; zeros force row exchanges.
         for (float& v : values) v = static_cast<float>(static_cast<int>(engine() % 19) - 9);
         Matrix a(n, n, values);
 
-        const double det = CFMatrix::fmat_det(a.m);
         const double expected = LeibnizDeterminant(a.m, n);
-        EXPECT_NEAR(det, expected, 1e-9 * std::max(1.0, std::fabs(expected))) << "trial " << trial;
-
+        EXPECT_NEAR(CFMatrix::fmat_det(a.m), expected, 1e-9 * std::max(1.0, std::fabs(expected))) << trial;
+        if (expected == 0.0) continue;
         Matrix inverse(CFMatrix::fmat_inv(a.m));
-        if (expected == 0.0) continue; // singular draws are covered below
-        ASSERT_NE(inverse.m, nullptr) << "trial " << trial;
-        // A x A^-1 = I, up to the float rounding of the inverse.
+        ASSERT_NE(inverse.m, nullptr) << trial;
         for (int r = 0; r < n; ++r) {
             for (int c = 0; c < n; ++c) {
                 double sum = 0.0;
                 for (int k = 0; k < n; ++k) sum += static_cast<double>(a.m[r][k]) * inverse.m[k][c];
-                EXPECT_NEAR(sum, r == c ? 1.0 : 0.0, 1e-4) << "trial " << trial;
+                EXPECT_NEAR(sum, r == c ? 1.0 : 0.0, 1e-4) << trial;
             }
         }
     }
-}
-
-TEST(CFMatrixTest, PivotingHandlesAZeroLeadingElement)
-{
-    // Without row exchanges the first pivot would be 0.
-    Matrix swap(2, 2, {0, 2, 3, 0});
-    EXPECT_EQ(CFMatrix::fmat_det(swap.m), -6.0);
-    Matrix inverse(CFMatrix::fmat_inv(swap.m));
-    ASSERT_NE(inverse.m, nullptr);
-    EXPECT_FLOAT_EQ(inverse.m[0][0], 0.0f);
-    EXPECT_FLOAT_EQ(inverse.m[0][1], 1.0f / 3.0f);
-    EXPECT_FLOAT_EQ(inverse.m[1][0], 0.5f);
-    EXPECT_FLOAT_EQ(inverse.m[1][1], 0.0f);
 }
 
 TEST(CFMatrixTest, SingularMatricesHaveDeterminantZeroAndNoInverse)
@@ -162,8 +108,6 @@ TEST(CFMatrixTest, SingularMatricesHaveDeterminantZeroAndNoInverse)
     // The empty matrix is the identity of size 0.
     Matrix empty(CFMatrix::fmat_creat(0, 0, nullptr));
     EXPECT_EQ(CFMatrix::fmat_det(empty.m), 1.0);
-    Matrix emptyInverse(CFMatrix::fmat_inv(empty.m));
-    EXPECT_NE(emptyInverse.m, nullptr);
 }
 
 } // namespace

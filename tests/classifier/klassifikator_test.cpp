@@ -5,72 +5,50 @@
 #include "vekdll/classifier/klassifikator.h"
 #include "vekdll/platform/framework_exceptions.h"
 
+using vek::test::FillTwoClasses;
 using vek::test::NewElement;
 
 namespace {
 
-std::vector<float> FeaturesOf(const ZrCKlassenelement* e)
+TEST(ZrCKlassifikatorTest, EveryChangeOfDataClearsTrained)
 {
-    return std::vector<float>(e->Features, e->Features + e->NumFeatures);
-}
-
-TEST(ZrCKlassifikatorTest, AddingElementsTakesTheirLengthAndClearsTrained)
-{
-    ZrCKlassifikator k;
-    EXPECT_EQ(k.NumClasses, 0);
-    EXPECT_EQ(k.NumFeatures, 0);
-    EXPECT_FALSE(k.Trained);
-
-    k.Trained = true;
-    k.AddEntryTrainingset(NewElement({1, 2, 3}, 0));
-    EXPECT_EQ(k.NumFeatures, 3);
+    ZrCBayesKlassifikator k;
+    FillTwoClasses(k);
+    k.Training(false);
+    ASSERT_TRUE(k.Trained);
+    k.setNumClasses(2);
+    EXPECT_TRUE(k.Trained); // the same value is no change
+    k.setNumClasses(3);
     EXPECT_FALSE(k.Trained);
 
     // A vector of another length changes NumFeatures; older ones keep theirs.
-    k.AddEntryTrainingset(NewElement({1, 2}, 1));
-    EXPECT_EQ(k.NumFeatures, 2);
-    EXPECT_EQ(k.TrainingSet.GetHead()->NumFeatures, 3);
-    k.AddEntryTrainingset(nullptr);
-    EXPECT_EQ(k.TrainingSet.GetCount(), 2);
+    k.Trained = true;
+    k.AddEntryTrainingset(NewElement({1, 2, 3}, 0));
+    EXPECT_EQ(k.NumFeatures, 3);
+    EXPECT_EQ(k.TrainingSet.GetHead()->NumFeatures, 2);
+    EXPECT_FALSE(k.Trained);
 
-    // A list gives its first element's length, and hands over all elements.
+    // A list gives its first element's length and hands over all elements;
+    // an empty list changes nothing.
     CTypedPtrList<CPtrList, ZrCKlassenelement*> list;
     k.Trained = true;
     k.AddEntriesTrainingset(&list);
-    EXPECT_TRUE(k.Trained); // an empty list changes nothing
+    EXPECT_TRUE(k.Trained);
     list.AddTail(NewElement({1, 2, 3, 4}, 0));
     list.AddTail(NewElement({1}, 1));
     k.AddEntriesTrainingset(&list);
     EXPECT_EQ(k.NumFeatures, 4);
+    EXPECT_EQ(k.TrainingSet.GetCount(), 5);
     EXPECT_FALSE(k.Trained);
-    EXPECT_EQ(k.TrainingSet.GetCount(), 4);
-    EXPECT_EQ(k.TrainingSet.GetTail(), list.GetTail());
-}
-
-TEST(ZrCKlassifikatorTest, ClassCountClearingAndTheBaseClassStubs)
-{
-    ZrCBayesKlassifikator k;
-    k.setNumClasses(2);
-    k.AddEntryTrainingset(NewElement({1, 2}, 0));
-    k.AddEntryTrainingset(NewElement({2, 1}, 1));
-    k.Training(false);
-    ASSERT_TRUE(k.Trained);
-
-    k.setNumClasses(2);
-    EXPECT_TRUE(k.Trained);
-    k.setNumClasses(3);
-    EXPECT_FALSE(k.Trained);
-    EXPECT_EQ(k.NumClasses, 3);
 
     k.ClearAll();
     EXPECT_EQ(k.NumClasses, 0);
-    EXPECT_EQ(k.NumFeatures, 2);
+    EXPECT_EQ(k.NumFeatures, 4);
     EXPECT_TRUE(k.TrainingSet.IsEmpty());
     EXPECT_TRUE(k.Patterns.IsEmpty());
 
     ZrCKlassifikator base;
-    base.setNumClasses(2);
-    base.AddEntryTrainingset(NewElement({1, 2}, 0));
+    FillTwoClasses(base);
     base.Training();
     EXPECT_FALSE(base.Trained);
     EXPECT_EQ(base.Classify(base.TrainingSet.GetHead()), -1);
@@ -79,9 +57,7 @@ TEST(ZrCKlassifikatorTest, ClassCountClearingAndTheBaseClassStubs)
 TEST(ZrCKlassifikatorTest, CopyFromDuplicatesTheTrainingSetButNotTheModels)
 {
     ZrCBayesKlassifikator src;
-    src.setNumClasses(2);
-    src.AddEntryTrainingset(NewElement({1, 2}, 0));
-    src.AddEntryTrainingset(NewElement({3, 4}, 1));
+    FillTwoClasses(src);
     src.Training(false);
 
     ZrCBayesKlassifikator copy;
@@ -93,7 +69,7 @@ TEST(ZrCKlassifikatorTest, CopyFromDuplicatesTheTrainingSetButNotTheModels)
     EXPECT_TRUE(copy.Patterns.IsEmpty());
     ASSERT_EQ(copy.TrainingSet.GetCount(), 2);
     EXPECT_NE(copy.TrainingSet.GetHead(), src.TrainingSet.GetHead());
-    EXPECT_EQ(FeaturesOf(copy.TrainingSet.GetHead()), (std::vector<float>{1, 2}));
+    EXPECT_EQ(copy.TrainingSet.GetHead()->Features[1], 2.0f);
     EXPECT_EQ(copy.TrainingSet.GetTail()->ClassId, 1);
 
     copy.CopyFrom(&copy);
