@@ -1,4 +1,6 @@
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "vekdll/classifier/klassifikator.h"
 #include "vekdll/platform/c_file.h"
