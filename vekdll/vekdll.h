@@ -39,3 +39,10 @@
 #include "vekdll/classifier/klassenelement.h"
 #include "vekdll/classifier/klassenmuster.h"
 #include "vekdll/classifier/klassifikator.h"
+
+// adaptive surface triangulation
+#include "vekdll/surface/delaunay_records.h"
+#include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/triangle_graph.h"
+#include "vekdll/surface/triangle_graph_types.h"
+#include "vekdll/surface/vertex_container.h"

@@ -1,0 +1,302 @@
+// Building the triangulation one vertex at a time.
+//
+// There is no super-triangle. The triangulation starts from real vertices
+// (or the corners of the bounding box) and a new vertex is placed in the one
+// triangle that holds it, split into three, or into two on each side of an
+// edge it lies on. A vertex beyond the border is joined on by a fan of new
+// triangles to the border edges it sees. Then the edges among the triangles
+// whose circumcircle held the vertex are flipped until the Delaunay rule
+// holds. A vertex that coincides with an existing one lies on two sides of
+// every triangle at once, finds no place and stays isolated in the store:
+// that is how duplicates are treated.
+
+#include <vector>
+
+#include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/side_test.h"
+
+void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCorners)
+{
+    if (NumVertices < 3) return;
+    ClearAffectedTriangleList();
+    ClearFinalTriangleList();
+    ClearTriangleList();
+    // The new triangles live in the working list until finalized.
+    Finalized = false;
+
+    int firstInserted = 3;
+    int corners[4] = {-1, -1, -1, -1};
+    if (addCorners) {
+        SSEPoint min;
+        SSEPoint max;
+        const int lowerLeftVertex = MinPointIndex(min);
+        const int upperRightVertex = MaxPointIndex(max);
+        // The two other corners take their z from the same extreme as their x.
+        SSEPoint upperLeft = min;
+        upperLeft.y = max.y;
+        SSEPoint lowerRight = max;
+        lowerRight.y = min.y;
+        const int lowerLeft = lowerLeftVertex >= 0 ? lowerLeftVertex : CornerIndex(min);
+        const int upperRight = upperRightVertex >= 0 ? upperRightVertex : CornerIndex(max);
+        const int upperLeftIndex = CornerIndex(upperLeft);
+        const int lowerRightIndex = CornerIndex(lowerRight);
+        corners[0] = lowerLeft;
+        corners[1] = upperRight;
+        corners[2] = upperLeftIndex;
+        corners[3] = lowerRightIndex;
+
+        t_hdelaunaytriangle* lower = InitNewTriangle();
+        t_hdelaunaytriangle* upper = InitNewTriangle();
+        lower->Vertex[0] = lowerRightIndex;
+        lower->Vertex[1] = upperLeftIndex;
+        lower->Vertex[2] = lowerLeft;
+        upper->Vertex[0] = upperLeftIndex;
+        upper->Vertex[1] = lowerRightIndex;
+        upper->Vertex[2] = upperRight;
+        lower->Neighbour[0] = upper;
+        upper->Neighbour[0] = lower;
+        CalcCircumCircle(lower);
+        CalcCircumCircle(upper);
+        TriangleList.AddTail(lower);
+        TriangleList.AddTail(upper);
+        firstInserted = 0;
+    } else {
+        t_hdelaunaytriangle* first = InitNewTriangle();
+        first->Vertex[0] = 0;
+        first->Vertex[1] = 1;
+        first->Vertex[2] = 2;
+        if (GetOrientation(first) == -1) FlipTriangleOrientation(first);
+        CalcCircumCircle(first);
+        TriangleList.AddTail(first);
+    }
+
+    // The bound is read in every round: insertion may add or drop vertices.
+    for (int i = firstInserted; i < std::min(count, NumVertices); ++i) {
+        if (i == corners[0] || i == corners[1] || i == corners[2] || i == corners[3]) continue;
+        InsertDuringTriangulate(i);
+    }
+    if (finalize) FinalizeTriangleList();
+}
+
+void ZrCIncrementalDelaunay2D::InsertDuringTriangulate(int i)
+{
+    CalcAffectedTriangles(i);
+    ProcessAffectedTriangles(i);
+    ClearAffectedTriangleList();
+}
+
+// The vertex at a corner of the bounding box: the first one there, or a new
+// one. The store grows by one if it is full, so that the corner is not lost.
+int ZrCIncrementalDelaunay2D::CornerIndex(const SSEPoint& corner)
+{
+    const int existing = PointIndex(corner);
+    if (existing >= 0) return existing;
+    if (NumVertices >= MaxNumVertices) ReallocSize(NumVertices + 1);
+    AppendVertex(corner);
+    return NumVertices - 1;
+}
+
+void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(int index)
+{
+    ClearAffectedTriangleList();
+    if (CalcAffectedTriangles(index) < 1) {
+        AppendExteriorPoint(index);
+        LegalizeEdgesWithNeighbourCheck();
+        AddNewTrianglesToList();
+    } else {
+        ProcessAffectedTriangles(index);
+    }
+    ClearAffectedTriangleList();
+}
+
+// Stores (x, y, 0) and inserts it. On a full store the point is lost and
+// nothing is inserted; a caller grows the store first.
+void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(float x, float y, bool finalize)
+{
+    ClearAffectedTriangleList();
+    if (Finalized) CopyFinalTriangleListToTriangleList();
+    const int index = NumVertices;
+    SSEPoint point;
+    point.sse = _mm_setr_ps(x, y, 0.0f, 0.0f);
+    AppendVertex(point);
+    if (index < NumVertices) {
+        if (CalcAffectedTriangles(index) < 1) {
+            AppendExteriorPoint(index);
+            LegalizeEdges();
+            AddNewTrianglesToList();
+        } else {
+            ProcessAffectedTriangles(index);
+        }
+    }
+    ClearAffectedTriangleList();
+    if (finalize) FinalizeTriangleList();
+}
+
+void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulationNoExterior(int index)
+{
+    ClearAffectedTriangleList();
+    if (CalcAffectedTriangles(index) >= 1)
+        ProcessAffectedTrianglesNoExterior(index);
+    else
+        DropIfLastVertex(index);
+    ClearAffectedTriangleList();
+}
+
+int ZrCIncrementalDelaunay2D::CalcAffectedTriangles(int v)
+{
+    AffectedTriangleList.RemoveAll();
+    int moved = 0;
+    for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) {
+        const POSITION current = pos;
+        t_hdelaunaytriangle* triangle = TriangleList.GetNext(pos);
+        if (triangle == nullptr || triangle->Ignore || triangle->IgnoreSearch) continue;
+        if (!InCircumCircle(v, triangle)) continue;
+        AffectedTriangleList.AddTail(triangle);
+        TriangleList.RemoveAt(current);
+        ++moved;
+    }
+    return moved;
+}
+
+void ZrCIncrementalDelaunay2D::ProcessAffectedTriangles(int v)
+{
+    ProcessAffected(v, true);
+}
+
+// Inserts only inside the present triangulation: a vertex that would have
+// to be joined on from outside is taken back instead.
+void ZrCIncrementalDelaunay2D::ProcessAffectedTrianglesNoExterior(int v)
+{
+    ProcessAffected(v, false);
+}
+
+void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
+{
+    if (AffectedTriangleList.IsEmpty()) {
+        if (!joinFromOutside) {
+            DropIfLastVertex(v);
+            return;
+        }
+        AppendExteriorPoint(v);
+        LegalizeEdgesWithNeighbourCheck();
+        AddNewTrianglesToList();
+        return;
+    }
+    if (!PlaceInAffectedTriangle(v)) {
+        if (joinFromOutside)
+            AppendExteriorPoint(v);
+        else
+            DropIfLastVertex(v);
+    }
+    KillIgnoredTriangles();
+    LegalizeEdgesWithNeighbourCheck();
+    AddNewTrianglesToList();
+}
+
+// Taking a vertex back is only possible for the last one of the store: any
+// other index may be a corner of triangles, so it stays, isolated.
+void ZrCIncrementalDelaunay2D::DropIfLastVertex(int v)
+{
+    if (v == NumVertices - 1) --NumVertices;
+}
+
+// Walks the triangles that were affected when the walk began (not those it
+// adds) and splits the first that holds v. The split triangle is freed at
+// once; its neighbour across an edge split in two is marked and freed by
+// KillIgnoredTriangles. The new triangles go to the end of the list.
+bool ZrCIncrementalDelaunay2D::PlaceInAffectedTriangle(int v)
+{
+    const INT_PTR affectedAtStart = AffectedTriangleList.GetCount();
+    POSITION pos = AffectedTriangleList.GetHeadPosition();
+    for (INT_PTR walked = 0; walked < affectedAtStart && pos != nullptr; ++walked) {
+        const POSITION current = pos;
+        t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+        if (triangle == nullptr || triangle->Ignore) continue;
+        const EPointWhere where = PointWhere(v, triangle);
+        if (where == ePointOutside) continue;
+
+        t_hdelaunaytriangle* made[4] = {};
+        if (where == ePointInside) {
+            made[0] = InitNewTriangle();
+            made[1] = InitNewTriangle();
+            made[2] = InitNewTriangle();
+            SplitTriangleIntoThree(v, triangle, made[0], made[1], made[2]);
+        } else {
+            SplitAcrossSide(v, triangle, where - ePointOnSide0, made);
+        }
+        DeleteTriangle(triangle);
+        AffectedTriangleList.RemoveAt(current);
+        for (t_hdelaunaytriangle* part : made) {
+            if (part != nullptr) AffectedTriangleList.AddTail(part);
+        }
+        return true;
+    }
+    return false;
+}
+
+// v lies on `side` of T: T splits into t1, t2 and its neighbour N across the
+// side into t3, t4, and the four halves are linked across the two halves of
+// the old edge. N is marked for removal and brought into the affected list
+// if it is not there yet. At a border there is no N, and the outer slots of
+// t1 and t2 stay null.
+void ZrCIncrementalDelaunay2D::SplitAcrossSide(int v, t_hdelaunaytriangle* triangle, int side,
+                                               t_hdelaunaytriangle* made[4])
+{
+    made[0] = InitNewTriangle();
+    made[1] = InitNewTriangle();
+    SplitTriangleIntoTwo(v, side, triangle, made[0], made[1]);
+    t_hdelaunaytriangle* across = triangle->Neighbour[side];
+    const ESharedSide sideOfAcross = FindCommonSide(side, triangle, across);
+    if (sideOfAcross != eSideNone) {
+        made[2] = InitNewTriangle();
+        made[3] = InitNewTriangle();
+        SplitTriangleIntoTwo(v, sideOfAcross, across, made[2], made[3]);
+        across->Ignore = true;
+        if (AffectedTriangleList.Find(across) == nullptr) {
+            if (const POSITION inWorkingList = TriangleList.Find(across)) TriangleList.RemoveAt(inWorkingList);
+            AffectedTriangleList.AddTail(across);
+        }
+    }
+    FindNeighbours(made[0], made[2]);
+    FindNeighbours(made[0], made[3]);
+    FindNeighbours(made[1], made[2]);
+    FindNeighbours(made[1], made[3]);
+}
+
+// Joins a vertex beyond the border: each border side that v sees strictly
+// from outside gets a new triangle on it, in the order of the affected list
+// and then of the working list, sides 0, 1, 2. The new triangles are linked
+// among themselves into a fan and go to the affected list. There is no hull
+// structure: the border stays convex only in so far as a point sees all
+// edges of a convex border. A vertex that sees no side stays isolated.
+void ZrCIncrementalDelaunay2D::AppendExteriorPoint(int v)
+{
+    const SSEPoint& p = Vertices[v];
+    std::vector<t_hdelaunaytriangle*> made;
+    for (CList<t_hdelaunaytriangle*>* list : {&AffectedTriangleList, &TriangleList}) {
+        for (POSITION pos = list->GetHeadPosition(); pos != nullptr;) {
+            t_hdelaunaytriangle* triangle = list->GetNext(pos);
+            if (triangle == nullptr || triangle->IgnoreSearch) continue;
+            for (int side = 0; side < 3; ++side) {
+                if (triangle->Neighbour[side] != nullptr) continue;
+                const int start = triangle->Vertex[side];
+                const int end = triangle->Vertex[(side + 1) % 3];
+                if (!(vek::detail::SideValue(Vertices[start], Vertices[end], p) < 0.0f)) continue;
+                // The new triangle holds the side reversed in the same slot
+                // number, with v opposite: (b, a, v), (v, c, b) or (c, v, a).
+                t_hdelaunaytriangle* outer = InitNewTriangle();
+                outer->Vertex[side] = end;
+                outer->Vertex[(side + 1) % 3] = start;
+                outer->Vertex[(side + 2) % 3] = v;
+                outer->Neighbour[side] = triangle;
+                triangle->Neighbour[side] = outer;
+                CalcCircumCircle(outer);
+                made.push_back(outer);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < made.size(); ++i) {
+        for (std::size_t j = i + 1; j < made.size(); ++j) FindNeighbours(made[i], made[j]);
+    }
+    for (t_hdelaunaytriangle* outer : made) AffectedTriangleList.AddTail(outer);
+}

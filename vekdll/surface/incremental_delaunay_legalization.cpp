@@ -1,0 +1,98 @@
+// The Delaunay rule: circumcircles, the strict circle test and the sweeps
+// that flip edges until no opposite corner lies inside a circle.
+
+#include "vekdll/surface/incremental_delaunay.h"
+
+// The circle through a, b and c in x-y. There is no guard against three
+// collinear corners: the fields become infinite or not-a-number, and a
+// circle test against them is false, so such a triangle never takes part
+// in a location or a flip by circle.
+void ZrCIncrementalDelaunay2D::CalcCircumCircle(t_hdelaunaytriangle* triangle)
+{
+    const SSEPoint& a = Vertices[triangle->Vertex[0]];
+    const SSEPoint& b = Vertices[triangle->Vertex[1]];
+    const SSEPoint& c = Vertices[triangle->Vertex[2]];
+    const float d1x = a.x - b.x;
+    const float d1y = a.y - b.y;
+    const float d2x = c.x - b.x;
+    const float d2y = c.y - b.y;
+    const float s1 = ((a.x * a.x - b.x * b.x) + (a.y * a.y - b.y * b.y)) / 2.0f;
+    const float s2 = ((c.x * c.x - b.x * b.x) + (c.y * c.y - b.y * b.y)) / 2.0f;
+    const float det = d1x * d2y - d2x * d1y;
+    triangle->CircleX = (d2y * s1 - d1y * s2) / det;
+    triangle->CircleY = (d1x * s2 - d2x * s1) / det;
+    const float rx = triangle->CircleX - a.x;
+    const float ry = triangle->CircleY - a.y;
+    triangle->CircleRadius2 = rx * rx + ry * ry;
+}
+
+void ZrCIncrementalDelaunay2D::UpdateCircles()
+{
+    CList<t_hdelaunaytriangle*>& present = PresentList();
+    for (POSITION pos = present.GetHeadPosition(); pos != nullptr;) {
+        if (t_hdelaunaytriangle* triangle = present.GetNext(pos)) CalcCircumCircle(triangle);
+    }
+}
+
+// Strict: a point on the circle is not in it, so cocircular points never
+// flip back and forth.
+bool ZrCIncrementalDelaunay2D::InCircumCircle(int v, const t_hdelaunaytriangle* triangle) const
+{
+    const float dx = Vertices[v].x - triangle->CircleX;
+    const float dy = Vertices[v].y - triangle->CircleY;
+    return triangle->CircleRadius2 > dx * dx + dy * dy;
+}
+
+void ZrCIncrementalDelaunay2D::LegalizeEdges()
+{
+    SweepAffected(false);
+}
+
+// The sweep of every insertion path: it does not flip an edge into a place
+// where the fan around the corner already has that edge.
+void ZrCIncrementalDelaunay2D::LegalizeEdgesWithNeighbourCheck()
+{
+    SweepAffected(true);
+}
+
+// Sweeps over the affected triangles, sides 0, 1, 2 of each, flipping every
+// side whose neighbour's opposite corner lies strictly inside the
+// triangle's circle, until a sweep flips nothing or there have been as many
+// sweeps as vertices. All triangles whose circle held the new vertex are in
+// the affected list, which makes the sweep local and enough. A sweep that
+// does not settle leaves a valid graph that is not fully Delaunay.
+void ZrCIncrementalDelaunay2D::SweepAffected(bool checkFan)
+{
+    for (int sweep = 0; sweep < NumVertices; ++sweep) {
+        int flips = 0;
+        for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
+            t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+            if (triangle == nullptr) continue;
+            // Later sides of a flipped triangle are tested against its new record.
+            for (int side = 0; side < 3; ++side) {
+                t_hdelaunaytriangle* neighbour = triangle->Neighbour[side];
+                if (neighbour == nullptr || neighbour->IgnoreSearch) continue;
+                const ESharedSide sideOfNeighbour = FindCommonSide(side, triangle, neighbour);
+                if (sideOfNeighbour == eSideNone) {
+                    // A link without a shared side: on sides 1 and 2 it still
+                    // counts as a flip, which keeps the sweep going until its
+                    // bound. The asymmetry is kept as the graph has it.
+                    if (side != 0) ++flips;
+                    continue;
+                }
+                const int opposite = OppositeCorner(neighbour, sideOfNeighbour);
+                if (!InCircumCircle(opposite, triangle)) continue;
+                if (checkFan) {
+                    const int corner = OppositeCorner(triangle, side);
+                    const int cornerIndex = triangle->Vertex[0] == corner ? 0 : (triangle->Vertex[1] == corner ? 1 : 2);
+                    if (FindTrianglesWithCommonVertex(corner, triangle, cornerIndex, opposite)) continue;
+                }
+                FlipSharedEdge(triangle, side, neighbour, sideOfNeighbour);
+                CalcCircumCircle(triangle);
+                CalcCircumCircle(neighbour);
+                ++flips;
+            }
+        }
+        if (flips == 0) break;
+    }
+}

@@ -1,0 +1,13 @@
+// The graph operations over the records of ZrCIncrementalDelaunay2D,
+// compiled once into the library.
+
+#include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/triangle_graph_fan_walk.inl"
+#include "vekdll/surface/triangle_graph_flips.inl"
+#include "vekdll/surface/triangle_graph_geometry.inl"
+#include "vekdll/surface/triangle_graph_links.inl"
+#include "vekdll/surface/triangle_graph_records.inl"
+#include "vekdll/surface/triangle_graph_removal.inl"
+#include "vekdll/surface/triangle_graph_splits.inl"
+
+template class vek::TriangleGraph<ZrCIncrementalDelaunay2D, t_hdelaunaytriangle, t_hdelaunayedge>;
