@@ -1,0 +1,485 @@
+// The operations of the triangle graph on small graphs built by hand.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <vector>
+
+#include "surface/triangulation_checks.h"
+#include "vekdll/surface/incremental_delaunay.h"
+
+namespace {
+
+using Graph = ZrCIncrementalDelaunay2D;
+using vek::test::Triangles;
+
+SSEPoint P(float x, float y, float z = 0.0f)
+{
+    SSEPoint p;
+    p.sse = _mm_setr_ps(x, y, z, 0.0f);
+    return p;
+}
+
+// A triangle of the working list, not yet linked.
+t_hdelaunaytriangle* Add(Graph& g, int a, int b, int c)
+{
+    t_hdelaunaytriangle* t = Graph::InitNewTriangle();
+    t->Vertex[0] = a;
+    t->Vertex[1] = b;
+    t->Vertex[2] = c;
+    g.AppendTriangle(t);
+    return t;
+}
+
+void LinkAll(const std::vector<t_hdelaunaytriangle*>& triangles)
+{
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        for (std::size_t j = i + 1; j < triangles.size(); ++j) Graph::FindNeighbours(triangles[i], triangles[j]);
+    }
+}
+
+// Vertex 0 at the origin and vertices 1 to 6 around it; fan triangle i is
+// (0, i, i + 1), so its side 0 faces fan triangle i - 1 and its side 2 fan
+// triangle i + 1. Closed, the sixth triangle joins 6 to 1; open, it is left
+// out.
+std::vector<t_hdelaunaytriangle*> Fan(Graph& g, bool closed)
+{
+    g.AppendVertex(P(0, 0));
+    for (int i = 0; i < 6; ++i) {
+        const float angle = 1.0471976f * static_cast<float>(i);
+        g.AppendVertex(P(10 * std::cos(angle), 10 * std::sin(angle)));
+    }
+    std::vector<t_hdelaunaytriangle*> fan;
+    for (int i = 1; i <= 5; ++i) fan.push_back(Add(g, 0, i, i + 1));
+    if (closed) fan.push_back(Add(g, 0, 6, 1));
+    LinkAll(fan);
+    return fan;
+}
+
+TEST(TriangleGraphLinks, SidesAreComparedByVertexIndex)
+{
+    Graph g(10);
+    t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* b = Add(g, 2, 1, 3);
+    t_hdelaunaytriangle* lone = Add(g, 4, 5, 6);
+
+    EXPECT_EQ(Graph::FindCommonSide(a, a), eSide0);
+    EXPECT_EQ(Graph::FindCommonSide(a, b), eSide1);
+    EXPECT_EQ(Graph::FindCommonSide(a, lone), eSideNone);
+    EXPECT_EQ(Graph::FindCommonSide(a, nullptr), eSideNone);
+    EXPECT_EQ(Graph::FindCommonSide(1, a, b), eSide0);  // 1-2 is b's 2-1
+    EXPECT_EQ(Graph::FindCommonSide(0, a, b), eSideNone);
+    EXPECT_EQ(Graph::FindCommonSide(3, a, b), eSideNone);
+    EXPECT_TRUE(Graph::EdgesEqual(1, a, 7, b));  // side 7 is read as side 0
+    EXPECT_FALSE(Graph::EdgesEqual(1, a, 1, nullptr));
+
+    EXPECT_EQ(Graph::FindNullNeighbour(a), eSide0);
+    Graph::FindNeighbours(a, b);
+    EXPECT_EQ(a->Neighbour[1], b);
+    EXPECT_EQ(b->Neighbour[0], a);
+    EXPECT_EQ(Graph::FindNullNeighbour(a), eSide0);
+    a->Neighbour[0] = a->Neighbour[2] = lone;
+    EXPECT_EQ(Graph::FindNullNeighbour(a), eSideNone);
+    EXPECT_FALSE(Graph::CheckNeighbours(a));  // lone does not carry 0-1
+    EXPECT_FALSE(Graph::CheckNeighbours(nullptr));
+
+    // b's slot that faces a is rewritten, by pointer or by vertices.
+    Graph::ReplaceMeInNeighbours(a, 1, lone);
+    EXPECT_EQ(b->Neighbour[0], lone);
+    Graph::ReplaceNeighbourInNeighbour(a, 1, a);
+    EXPECT_EQ(b->Neighbour[0], a);
+
+    Graph::ResetVertexWithVertex(2, 9, b);
+    EXPECT_EQ(std::vector<int>(b->Vertex, b->Vertex + 3), (std::vector<int>{9, 1, 3}));
+    EXPECT_TRUE(Graph::IsVertexInTriangle(b, 9));
+    EXPECT_FALSE(Graph::IsVertexInTriangle(b, 2));
+}
+
+TEST(TriangleGraphLinks, FindNeighboursLinksOnlyTheFirstMatchingSides)
+{
+    Graph g(10);
+    t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* b = Add(g, 1, 0, 2);  // shares all three sides
+    Graph::FindNeighbours(a, b);
+    EXPECT_EQ(a->Neighbour[0], b);
+    EXPECT_EQ(b->Neighbour[0], a);
+    EXPECT_EQ(a->Neighbour[1], nullptr);
+    EXPECT_EQ(a->Neighbour[2], nullptr);
+    EXPECT_EQ(b->Neighbour[1], nullptr);
+}
+
+TEST(TriangleGraphFanWalk, ClosedFanIsWalkedOnceAround)
+{
+    Graph g(10);
+    const auto fan = Fan(g, true);
+    CList<t_hdelaunaytriangle*> found;
+    // From fan triangle 3 across its side 2 (towards 4): the start and its
+    // first neighbour are the caller's own, the other four come in order.
+    Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, &found);
+    EXPECT_EQ(Triangles(found), (std::vector<t_hdelaunaytriangle*>{fan[4], fan[5], fan[0], fan[1]}));
+    for (const t_hdelaunaytriangle* t : Triangles(found)) EXPECT_TRUE(t->Visited);
+    Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, &found);
+    EXPECT_EQ(found.GetCount(), 4);  // all visited already
+
+    EXPECT_TRUE(Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, 6));
+    EXPECT_FALSE(Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, 42));
+    EXPECT_TRUE(Graph::CheckCommonEdge(fan[2], 0, 5));
+    EXPECT_FALSE(Graph::CheckCommonEdge(fan[2], 7, 5));  // 7 is no corner
+
+    EXPECT_FALSE(Graph::SearchAroundVertex(fan[2], 0, 2));
+    fan[5]->Ignore = true;
+    EXPECT_TRUE(Graph::SearchAroundVertex(fan[2], 0, 2));
+}
+
+TEST(TriangleGraphFanWalk, OpenFanIsFinishedByASecondPhase)
+{
+    Graph g(10);
+    const auto fan = Fan(g, false);
+    EXPECT_TRUE(Graph::SearchAroundVertex(fan[2], 0, 2));
+
+    // Across side 2 the first phase reaches fan triangle 5 and the border;
+    // the second phase sets out across side 0, from fan triangle 2.
+    CList<t_hdelaunaytriangle*> found;
+    Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, &found);
+    EXPECT_EQ(Triangles(found), (std::vector<t_hdelaunaytriangle*>{fan[4], fan[1], fan[0]}));
+    EXPECT_TRUE(Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, 1));
+
+    // Across side 0 first, the second phase still remembers fan triangle 2
+    // as the one it came from, steps straight back onto the start and ends:
+    // fan triangle 5, and with it vertex 6, is never reached.
+    EXPECT_FALSE(Graph::FindTrianglesWithCommonVertex(0, fan[2], 0, 6));
+    EXPECT_TRUE(Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, 6));
+}
+
+TEST(TriangleGraphFanWalk, ResetVertexSparesTheStartAndItsFirstNeighbour)
+{
+    Graph g(10);
+    const auto fan = Fan(g, true);
+    Graph::ResetVertexInTriangles(0, 9, fan[0], 2);
+    std::vector<int> centres;
+    for (const t_hdelaunaytriangle* t : fan) centres.push_back(t->Vertex[0]);
+    EXPECT_EQ(centres, (std::vector<int>{0, 0, 9, 9, 9, 9}));
+}
+
+// Two triangles across the side A-B of a flat diamond: the far corners see
+// that side under almost 160 degrees, so the angle flip turns the diagonal.
+struct Diamond {
+    Graph g{10};
+    t_hdelaunaytriangle* upper;
+    t_hdelaunaytriangle* lower;
+    t_hdelaunaytriangle* outer;  // on B-C, outside the diamond
+
+    Diamond()
+    {
+        g.AppendVertex(P(0, 0, 0));    // A
+        g.AppendVertex(P(10, 0, 0));   // B
+        g.AppendVertex(P(5, 1, 0));    // C
+        g.AppendVertex(P(5, -1, 0));   // D
+        g.AppendVertex(P(10, 5, 0));   // E
+        upper = Add(g, 0, 1, 2);
+        lower = Add(g, 1, 0, 3);
+        outer = Add(g, 1, 4, 2);
+        LinkAll({upper, lower, outer});
+    }
+};
+
+TEST(TriangleGraphFlips, AngleFlipTurnsTheDiagonalAndKeepsTheLinks)
+{
+    Diamond d;
+    d.upper->CircleX = 123.0f;
+    d.g.LegalizeEdges(d.upper, 0);
+    EXPECT_EQ(std::vector<int>(d.upper->Vertex, d.upper->Vertex + 3), (std::vector<int>{3, 2, 0}));
+    EXPECT_EQ(std::vector<int>(d.lower->Vertex, d.lower->Vertex + 3), (std::vector<int>{2, 3, 1}));
+    EXPECT_EQ(d.upper->Neighbour[0], d.lower);
+    EXPECT_EQ(d.lower->Neighbour[0], d.upper);
+    EXPECT_EQ(d.lower->Neighbour[2], d.outer);  // B-C moved to the lower record
+    EXPECT_EQ(d.outer->Neighbour[2], d.lower);
+    EXPECT_EQ(vek::test::LinkFault(Triangles(d.g.GetTriangleList())), "");
+    EXPECT_GT(d.g.GetOrientation(d.upper), 0);
+    EXPECT_GT(d.g.GetOrientation(d.lower), 0);
+    EXPECT_TRUE(d.upper->FlipState && d.lower->FlipState);
+    EXPECT_EQ(d.upper->CircleX, 123.0f);  // circles are left stale
+
+    // Marked, the pair takes part in no further angle flip.
+    d.g.LegalizeEdges(d.upper, 0);
+    EXPECT_EQ(d.upper->Vertex[0], 3);
+}
+
+TEST(TriangleGraphFlips, FlipStateOnTheNeighbourLeavesBothRecordsAlone)
+{
+    Diamond d;
+    d.lower->FlipState = true;
+    const std::uint64_t before = vek::test::ListHash(Triangles(d.g.GetTriangleList()));
+    d.g.LegalizeEdges(d.upper, 0);
+    EXPECT_EQ(vek::test::ListHash(Triangles(d.g.GetTriangleList())), before);
+
+    // The obtuse corner C makes CheckEdgeFlip flip the side opposite it.
+    d.lower->FlipState = false;
+    d.g.CheckEdgeFlip(&d.g.GetTriangleList());
+    EXPECT_EQ(d.upper->Vertex[0], 3);
+}
+
+TEST(TriangleGraphFlips, OrientationCountsOnlyClearlyCounterClockwiseTriangles)
+{
+    Graph g(10);
+    g.AppendVertex(P(0, 0));
+    g.AppendVertex(P(10, 0));
+    g.AppendVertex(P(0, 10));
+    g.AppendVertex(P(20, 0));
+    t_hdelaunaytriangle* ccw = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* collinear = Add(g, 0, 1, 3);
+    t_hdelaunaytriangle* cw = Add(g, 1, 0, 2);
+    EXPECT_EQ(g.GetOrientation(ccw), 1);
+    EXPECT_EQ(g.GetOrientation(collinear), -1);
+    EXPECT_EQ(g.GetOrientation(cw), -1);
+
+    // Turning one of two linked triangles keeps each slot across its side.
+    t_hdelaunaytriangle* other = Add(g, 2, 1, 3);
+    Graph::FindNeighbours(ccw, other);
+    Graph::FlipTriangleOrientationWithNeigbour(ccw);
+    EXPECT_EQ(g.GetOrientation(ccw), -1);
+    EXPECT_EQ(ccw->Neighbour[2], other);
+    EXPECT_EQ(Graph::FindCommonSide(2, ccw, other), eSide0);
+
+    g.FinalizeTriangleList();
+    g.FlipAllTrianglesOrientation();
+    EXPECT_TRUE(g.IsFinalized());
+    EXPECT_EQ(g.GetOrientation(ccw), 1);
+}
+
+TEST(TriangleGraphRemoval, MarkedTrianglesGoOrComeBack)
+{
+    Graph g(10);
+    const auto fan = Fan(g, true);
+    t_hdelaunaytriangle* ear = Add(g, 1, 7, 2);  // hangs on the outer side 1-2
+    g.AppendVertex(P(12, 5));
+    Graph::FindNeighbours(fan[0], ear);
+
+    // An enclosed marked triangle is taken back; one at the border is freed
+    // and unlinked from its neighbours.
+    fan[0]->Ignore = true;
+    fan[3]->Ignore = true;
+    g.CheckAndKillIgnoredTrianglesFromTriangleList();
+    EXPECT_FALSE(fan[0]->Ignore);
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 6);
+    EXPECT_EQ(fan[2]->Neighbour[2], nullptr);
+    EXPECT_EQ(vek::test::LinkFault(Triangles(g.GetTriangleList())), "");
+
+    // What sticks out with two open sides is peeled, layer by layer: the
+    // ear, then the two fan triangles beside the gap, and so on.
+    g.DeleteTrianglesWithTwoNULLNeighbours();
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 0);
+}
+
+TEST(TriangleGraphRemoval, PeelingStopsAtTheClosedPart)
+{
+    Graph g(10);
+    const auto fan = Fan(g, true);
+    t_hdelaunaytriangle* ear = Add(g, 1, 7, 2);
+    g.AppendVertex(P(12, 5));
+    Graph::FindNeighbours(fan[0], ear);
+    g.DeleteTrianglesWithTwoNULLNeighbours();
+    EXPECT_EQ(Triangles(g.GetTriangleList()), fan);
+    EXPECT_EQ(fan[0]->Neighbour[1], nullptr);
+
+    // Every fan triangle has its open outer side: all of them go.
+    g.DeleteAllTrianglesWithNULLNeighbour();
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 0);
+
+    // A lone triangle has no neighbour at all.
+    Add(g, 0, 1, 2);
+    g.FinalizeTriangleList();
+    g.DeleteTrianglesWithoutNeighbours();
+    EXPECT_FALSE(g.IsFinalized());
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 0);
+}
+
+// The triangles of `list` that are open are peeled, and that opens the next
+// ones of `list`; the neighbours met outside `list` are collected.
+TEST(TriangleGraphRemoval, CheckAndKillPeelsAListFromItsBorder)
+{
+    Graph g(40);
+    for (int y = 0; y < 4; ++y) {
+        for (int x = 0; x < 4; ++x) g.AppendVertex(P(10.0f * x + 0.1f * y, 10.0f * y + 0.1f * x));
+    }
+    g.Triangulate(16, false, false);
+    const int total = g.GetNumTrianglesInTriangleList();
+    CList<t_hdelaunaytriangle*> strip;
+    for (t_hdelaunaytriangle* t : Triangles(g.GetTriangleList())) {
+        if (g.GetVertex(t->Vertex[0]).x < 5 || g.GetVertex(t->Vertex[1]).x < 5 || g.GetVertex(t->Vertex[2]).x < 5)
+            strip.AddTail(t);
+    }
+    const int stripCount = static_cast<int>(strip.GetCount());
+    ASSERT_GT(stripCount, 0);
+    CList<t_hdelaunaytriangle*> collected;
+    g.CheckAndKillIgnoredTrianglesFromTriangleList(&strip, &collected, true);
+    EXPECT_TRUE(strip.IsEmpty());
+    const auto left = Triangles(g.GetTriangleList());
+    EXPECT_EQ(static_cast<int>(left.size()), total - stripCount);
+    EXPECT_EQ(vek::test::LinkFault(left), "");
+    ASSERT_FALSE(collected.IsEmpty());
+    for (const t_hdelaunaytriangle* t : Triangles(collected)) {
+        EXPECT_TRUE(t->Visited);
+        EXPECT_NE(std::find(left.begin(), left.end(), t), left.end());
+    }
+}
+
+// Two triangles folded onto each other: each has the other in two slots.
+// The repair links the outer neighbours past the pair and marks the pair.
+TEST(TriangleGraphRemoval, PinchedPairIsRepaired)
+{
+    Graph g(10);
+    t_hdelaunaytriangle* t = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* x = Add(g, 1, 0, 2);
+    t_hdelaunaytriangle* z = Add(g, 0, 2, 3);
+    t_hdelaunaytriangle* y = Add(g, 2, 0, 4);
+    t->Neighbour[0] = t->Neighbour[1] = x;
+    t->Neighbour[2] = z;
+    x->Neighbour[0] = x->Neighbour[2] = t;
+    x->Neighbour[1] = y;
+    z->Neighbour[0] = t;
+    y->Neighbour[0] = x;
+    g.CheckDoubleNeighbours();
+    EXPECT_TRUE(t->Ignore && x->Ignore);
+    g.KillIgnoredTrianglesFromTriangleList(true);
+    EXPECT_EQ(z->Neighbour[0], y);
+    EXPECT_EQ(y->Neighbour[0], z);
+    EXPECT_EQ(vek::test::LinkFault(Triangles(g.GetTriangleList())), "");
+}
+
+TEST(TriangleGraphRemoval, SignedTrianglesLeaveTheListUnfreed)
+{
+    Graph g(10);
+    t_hdelaunaytriangle* kept = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* chosen = Add(g, 2, 1, 3);
+    chosen->Signed = true;
+    g.RemoveSignedTriangles();
+    EXPECT_TRUE(g.IsFinalized());
+    EXPECT_EQ(Triangles(g.GetFinalList()), (std::vector<t_hdelaunaytriangle*>{kept}));
+    EXPECT_FALSE(chosen->Signed);
+    Graph::DeleteTriangle(chosen);  // the caller owns it now
+
+    kept->Ignore = true;
+    CList<t_hdelaunaytriangle*> marked;
+    g.CopyIgnoredTrianglesToList(&marked);
+    EXPECT_EQ(Triangles(marked), (std::vector<t_hdelaunaytriangle*>{kept}));
+    EXPECT_FALSE(kept->Ignore);
+}
+
+TEST(TriangleGraphRecords, RecordsListsAndEdges)
+{
+    t_hdelaunaytriangle* t = Graph::InitNewTriangle();
+    EXPECT_EQ(t->Vertex[0] | t->Vertex[1] | t->Vertex[2] | t->SortIndex, 0);
+    EXPECT_EQ(t->Neighbour[0], nullptr);
+    EXPECT_FALSE(t->Ignore || t->Visited || t->FlipState);
+    Graph::CopyTriangle(nullptr, t);  // ignored
+    Graph::DeleteTriangle(t);
+    Graph::DeleteTriangle(nullptr);
+
+    int indices[5] = {1, 2, 3, 4, 5};
+    Graph::InvertVertexArray(indices, 5);
+    EXPECT_EQ(std::vector<int>(indices, indices + 5), (std::vector<int>{5, 4, 3, 2, 1}));
+
+    // Open sides become edges in triangle order, then side order; with the
+    // outside rule a side towards an Outside triangle is open too.
+    Graph g(10);
+    t_hdelaunaytriangle* inner = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* beyond = Add(g, 2, 1, 3);
+    Graph::FindNeighbours(inner, beyond);
+    beyond->Outside = true;
+    g.IsolateEdgesWithoutNeighbour();
+    EXPECT_EQ(g.GetEdgeList().GetCount(), 4);
+    g.IsolateEdgesWithoutNeighbourAndOutsideTriangles();
+    ASSERT_EQ(g.GetEdgeList().GetCount(), 5);
+    const t_hdelaunayedge* second = g.GetEdgeList().GetAt(g.GetEdgeList().FindIndex(1));
+    EXPECT_EQ(second->Vertex[0], 1);
+    EXPECT_EQ(second->Vertex[1], 2);
+    EXPECT_EQ(second->Side, eSide1);
+    EXPECT_EQ(second->Triangle, inner);
+
+    // The edge flip of this class trades the end vertex with the side.
+    t_hdelaunayedge* edge = g.GetEdgeList().GetHead();
+    edge->Mark1 = true;
+    Graph::FlipEdge(edge);
+    EXPECT_EQ(edge->Vertex[1], 0);
+    EXPECT_EQ(edge->Side, 1);
+    EXPECT_TRUE(edge->Mark2 && !edge->Mark1);
+    g.ClearEdgeList();
+    EXPECT_TRUE(g.GetEdgeList().IsEmpty());
+
+    // Moving a list leaves null entries behind.
+    CList<t_hdelaunaytriangle*> from;
+    CList<t_hdelaunaytriangle*> to;
+    from.AddTail(inner);
+    from.AddTail(static_cast<t_hdelaunaytriangle*>(nullptr));
+    Graph::CopyTriangleListInList(&from, &to);
+    EXPECT_EQ(from.GetCount(), 1);
+    EXPECT_EQ(to.GetHead(), inner);
+}
+
+TEST(TriangleGraphPasses, BorderOutsideAndSubEdgeFlags)
+{
+    Graph g(10);
+    const auto fan = Fan(g, true);
+    fan[0]->Outside = true;
+    g.IsolateTrianglesWithoutNeighbour();
+    // Every fan triangle has its outer side open; the outside one is no
+    // border itself.
+    std::vector<bool> border;
+    for (const t_hdelaunaytriangle* t : fan) border.push_back(t->Border);
+    EXPECT_EQ(border, (std::vector<bool>{false, true, true, true, true, true}));
+
+    g.IgnoreBorderTriangles();
+    EXPECT_TRUE(fan[1]->IgnoreSearch && !fan[0]->IgnoreSearch);
+    g.SetIgnoreOutsideTriangule();
+    EXPECT_TRUE(fan[0]->IgnoreSearch);
+    g.ResetIgnoreOutsideTriangule();
+    EXPECT_FALSE(fan[0]->IgnoreSearch);
+
+    // Freeing the outside triangle leaves its neighbours open, not dangling.
+    g.ClearOutsideTriangules();
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 5);
+    EXPECT_EQ(fan[1]->Neighbour[0], nullptr);
+    EXPECT_EQ(fan[5]->Neighbour[2], nullptr);
+    EXPECT_EQ(vek::test::LinkFault(Triangles(g.GetTriangleList())), "");
+}
+
+TEST(TriangleGraphGeometry, BoxCentresAndNormals)
+{
+    Graph g(10);
+    g.CalcBoundingBox();
+    EXPECT_EQ(g.GetMinPoint().x, 999999.9f);
+    EXPECT_EQ(g.GetMaxPoint().w, -999999.9f);
+
+    // The plane z = x: the unit normal of a counter-clockwise triangle is
+    // (-1, 0, 1) / sqrt(2).
+    g.AppendVertex(P(0, 0, 0));
+    g.AppendVertex(P(4, 0, 4));
+    g.AppendVertex(P(0, 6, 0));
+    g.AppendVertex(P(4, 6, 4));
+    t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* b = Add(g, 2, 1, 3);
+    g.ComputeNormalVectorsOfTriangles();
+    const float h = 1.0f / std::sqrt(2.0f);
+    EXPECT_NEAR(a->Normal->x, -h, 1e-6);
+    EXPECT_NEAR(b->Normal->z, h, 1e-6);
+    EXPECT_EQ(b->Normal->y, 0.0f);
+    EXPECT_TRUE(g.CalcNormalDirection());
+    EXPECT_TRUE(g.IsFinalized());
+    g.FlipAllTrianglesOrientation();
+    EXPECT_FALSE(g.CalcNormalDirection());
+
+    g.CalcBoundingBox();
+    EXPECT_EQ(g.GetMaxPoint().y, 6.0f);
+    EXPECT_EQ(g.GetCenterPoint().x, 2.0f);
+    g.ComputeCentresOfTriangles();
+    EXPECT_FLOAT_EQ(a->Center->y, 2.0f);
+    EXPECT_FLOAT_EQ(b->Center->x, 8.0f / 3.0f);
+
+    g.CalcCenterPoint();
+    EXPECT_EQ(g.GetCenterPoint().z, 2.0f);
+}
+
+} // namespace
