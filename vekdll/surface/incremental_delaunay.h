@@ -191,6 +191,7 @@ private:
     void SweepAffected(bool checkFan);
     // Adds a corner of the bounding box as a vertex unless one sits there.
     int CornerIndex(const SSEPoint& corner);
+    void InsertStoredVertex(int index, bool checkFan);
     // Inserts vertex i of a Triangulate run: locate, place, legalize.
     void InsertDuringTriangulate(int i);
 };

@@ -99,14 +99,21 @@ int ZrCIncrementalDelaunay2D::CornerIndex(const SSEPoint& corner)
 void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(int index)
 {
     ClearAffectedTriangleList();
+    InsertStoredVertex(index, true);
+    ClearAffectedTriangleList();
+}
+
+// Locates a stored vertex and places it; a vertex inside no circle is
+// joined from outside and legalized by the sweep that `checkFan` names.
+void ZrCIncrementalDelaunay2D::InsertStoredVertex(int index, bool checkFan)
+{
     if (CalcAffectedTriangles(index) < 1) {
         AppendExteriorPoint(index);
-        LegalizeEdgesWithNeighbourCheck();
+        SweepAffected(checkFan);
         AddNewTrianglesToList();
     } else {
         ProcessAffectedTriangles(index);
     }
-    ClearAffectedTriangleList();
 }
 
 // Stores (x, y, 0) and inserts it. On a full store the point is lost and
@@ -119,15 +126,7 @@ void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(float x, float y, b
     SSEPoint point;
     point.sse = _mm_setr_ps(x, y, 0.0f, 0.0f);
     AppendVertex(point);
-    if (index < NumVertices) {
-        if (CalcAffectedTriangles(index) < 1) {
-            AppendExteriorPoint(index);
-            LegalizeEdges();
-            AddNewTrianglesToList();
-        } else {
-            ProcessAffectedTriangles(index);
-        }
-    }
+    if (index < NumVertices) InsertStoredVertex(index, false);
     ClearAffectedTriangleList();
     if (finalize) FinalizeTriangleList();
 }
