@@ -1,24 +1,9 @@
 #include "vekdll/fields/sse_matrix.h"
 
-#include <cstddef>
-#include <cstdint>
-
-#include "vekdll/foundation/safe_alloc.h"
+#include "vekdll/fields/line_blocks.h"
 #include "vekdll/platform/framework_exceptions.h"
 
-namespace {
-
-constexpr std::uint64_t kVectorBytes = sizeof(__m128);
-constexpr std::uint64_t kVectorAlignment = 16;
-
-// One block of `lines` lines of `vectorsPerLine` vectors, contiguous.
-__m128* AllocateBlock(int vectorsPerLine, int lines)
-{
-    const std::uint64_t bytes = static_cast<std::uint64_t>(vectorsPerLine) * static_cast<std::uint64_t>(lines) * kVectorBytes;
-    return static_cast<__m128*>(SafeAlignedAlloc(bytes, kVectorAlignment));
-}
-
-} // namespace
+static_assert(CSSEMatrix::kLinesPerField == vek::detail::kLinesPerBlock && CSSEMatrix::kMaxFields == vek::detail::kMaxBlocks);
 
 CSSEMatrix::~CSSEMatrix()
 {
@@ -56,35 +41,12 @@ void CSSEMatrix::AllocateStorage(int sizeX, int sizeY)
     // Not a rounded-up quotient: there is always at least one padding lane.
     SSESizeY = (sizeY >> 2) + 1;
 
-    auto** lines = static_cast<__m128**>(SafeAlignedAlloc(sizeof(__m128*) * static_cast<std::uint64_t>(SSESizeY), kVectorAlignment));
-    const int blocks = SSESizeY < kLinesPerField ? 1 : (SSESizeY + kLinesPerField - 1) / kLinesPerField;
-    const int linesInLastBlock = SSESizeY - kLinesPerField * (blocks - 1);
-    try {
-        // Fields counts the blocks as they arrive, so that a failure half-way
-        // releases exactly what was allocated.
-        for (int block = 0; block < blocks; ++block) {
-            const int blockLines = block == blocks - 1 ? linesInLastBlock : kLinesPerField;
-            Field[block] = AllocateBlock(SSESizeX, blockLines);
-            ++Fields;
-            for (int line = 0; line < blockLines; ++line) lines[block * kLinesPerField + line] = Field[block] + static_cast<std::ptrdiff_t>(line) * SSESizeX;
-        }
-    } catch (...) {
-        SafeAlignedFree(lines);
-        FreeImageMemoryOnly();
-        throw;
-    }
-    MatrixData = lines;
+    MatrixData = vek::detail::AllocateLineBlocks(SSESizeX, SSESizeY, Field, Fields);
 }
 
 void CSSEMatrix::FreeImageMemoryOnly()
 {
-    for (int block = 0; block < Fields; ++block) {
-        SafeAlignedFree(Field[block]);
-        Field[block] = nullptr;
-    }
-    Fields = 0;
-    SafeAlignedFree(MatrixData);
-    MatrixData = nullptr;
+    vek::detail::ReleaseLineBlocks(Field, Fields, MatrixData);
 }
 
 void CSSEMatrix::Reset()
