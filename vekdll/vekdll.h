@@ -24,6 +24,8 @@
 
 // raster fields
 #include "vekdll/fields/img_from_to_array.h"
+#include "vekdll/fields/int_vector.h"
+#include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 // polygons
