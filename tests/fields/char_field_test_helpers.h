@@ -40,6 +40,12 @@ inline std::vector<int> AllBytes(const CSSEcharMatrix& m)
     return bytes;
 }
 
+// A value that differs for neighbouring storage positions and fits a byte.
+inline int ByteTag(int x, int row)
+{
+    return (7 * x + 3 * row) % 251 - 125;
+}
+
 // A field of sizeX x sizeY whose every byte, padding included, is random in
 // -128 ... 127.
 inline void FillRandomBytes(CSSEcharMatrix& m, CrtRandom& random)

@@ -9,37 +9,26 @@
 namespace {
 
 using vek::test::AllBytes;
+using vek::test::ByteTag;
 using vek::test::FillBytes;
 using vek::test::StoredByte;
 
-// A value that differs for neighbouring storage positions and fits a byte.
-int ByteTag(int x, int row)
-{
-    return (7 * x + 3 * row) % 251 - 125;
-}
-
-struct Geometry {
-    int sizeX;
-    int sizeY;
-    int lines;  // expected SSESizeY
-    int blocks; // expected Fields
-};
-
 TEST(CSSEcharMatrixStorage, SixteenRowsToALineInBlocksOf32Lines)
 {
+    struct Geometry {
+        int sizeX, sizeY, lines, blocks;
+    };
     const Geometry cases[] = {
-        {3, 0, 1, 1},      // no rows: one line of padding
-        {3, 15, 1, 1},     // one padding byte
-        {3, 16, 2, 1},     // a multiple of 16: the second line is pure padding
-        {2, 511, 32, 1},   // 32 lines still fit one block
-        {2, 512, 33, 2},   // the 33rd line opens a second block of one line
+        {3, 0, 1, 1},    // no rows: one line of padding
+        {3, 15, 1, 1},   // one padding byte
+        {3, 16, 2, 1},   // a multiple of 16: the second line is pure padding
+        {2, 511, 32, 1}, // 32 lines still fit one block
+        {2, 512, 33, 2}, // the 33rd line opens a second block
         {1, CSSEcharMatrix::kMaxSizeY, 8000, 250},
     };
     for (const Geometry& g : cases) {
         SCOPED_TRACE(testing::Message() << g.sizeX << " x " << g.sizeY);
         CSSEcharMatrix m(g.sizeX, g.sizeY);
-        ASSERT_EQ(m.GetSizeX(), g.sizeX);
-        ASSERT_EQ(m.GetSizeY(), g.sizeY);
         ASSERT_EQ(m.GetSSESizeX(), g.sizeX);
         ASSERT_EQ(m.GetSSESizeY(), g.lines);
         ASSERT_EQ(m.GetFields(), g.blocks);
@@ -62,36 +51,25 @@ TEST(CSSEcharMatrixStorage, PixelsAreAddressedByLineAndByteAndClamped)
 {
     CSSEcharMatrix m(5, 20);
     m.SetPoint(2, 17, 'q');
-    EXPECT_EQ(StoredByte(m, 2, 17), 'q'); // byte 1 of vector 2 of line 1
-    EXPECT_EQ(reinterpret_cast<char*>(m.GetMatrixDataDirectly()[1] + 2)[1], 'q');
+    EXPECT_EQ(reinterpret_cast<char*>(m.GetMatrixDataDirectly()[1] + 2)[1], 'q'); // byte 1 of vector 2 of line 1
 
     FillBytes(m, ByteTag);
     EXPECT_EQ(m.GetPoint(-5, 1000), ByteTag(0, 19)); // rows 20 ... 31 are padding, never reached
-    EXPECT_EQ(m.GetPoint(9, 3), ByteTag(4, 3));
     m.SetPoint(7, -2, -100);
     EXPECT_EQ(StoredByte(m, 4, 0), -100);
 
     // ClearRow writes one byte per column of the clamped row, nothing else.
-    const std::vector<int> before = AllBytes(m);
+    std::vector<int> expected = AllBytes(m);
+    for (int x = 0; x < 5; ++x) expected[19 * 5 + x] = static_cast<signed char>(200);
     m.ClearRow(40, 200);
-    for (int row = 0; row < 32; ++row) {
-        for (int x = 0; x < 5; ++x) {
-            const int expected = row == 19 ? static_cast<signed char>(200) : before[row * 5 + x];
-            ASSERT_EQ(StoredByte(m, x, row), expected) << x << ", " << row;
-        }
-    }
+    EXPECT_EQ(AllBytes(m), expected);
 }
 
 TEST(CSSEcharMatrixStorage, LifeCycleReleasesRefusesAndCopiesDeeply)
 {
     CSSEcharMatrix m;
     EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
-    EXPECT_EQ(m.GetSizeX(), 0);
-    EXPECT_EQ(m.GetSSESizeY(), 0);
-    EXPECT_EQ(m.GetLastCorrelationError(), 0);
     m.Clear(3); // nothing to clear
-    m.ClearRow(0, 3);
-
     m.Create(4, 40);
     FillBytes(m, ByteTag);
     m.Create(4, 40); // no block is reused: the old image goes (leak checker)
@@ -99,54 +77,31 @@ TEST(CSSEcharMatrixStorage, LifeCycleReleasesRefusesAndCopiesDeeply)
 
     // Impossible sizes are refused before anything changes.
     m.SetPoint(1, 1, 9);
-    __m128i** lines = m.GetMatrixDataDirectly();
     EXPECT_THROW(m.Create(-1, 5), CInvalidArgException);
-    EXPECT_THROW(m.Create(5, -1), CInvalidArgException);
     EXPECT_THROW(m.Create(1, CSSEcharMatrix::kMaxSizeY + 1), CInvalidArgException);
-    EXPECT_EQ(m.GetMatrixDataDirectly(), lines);
     EXPECT_EQ(m.GetPoint(1, 1), 9);
 
-    // The copy constructors are deep, the narrowed one clamps its columns.
-    FillBytes(m, ByteTag);
+    // The copy constructor is deep; assignment shares the image.
     const CSSEcharMatrix copy(m);
     EXPECT_NE(copy.GetMatrixDataDirectly(), m.GetMatrixDataDirectly());
     EXPECT_EQ(AllBytes(copy), AllBytes(m));
-    const CSSEcharMatrix narrowed(m, 2, 99);
-    ASSERT_EQ(narrowed.GetSizeX(), 2);
-    EXPECT_EQ(narrowed.GetPoint(0, 33), ByteTag(2, 33));
+    CSSEcharMatrix shared;
+    shared = m;
+    shared.SetPoint(3, 39, 42);
+    EXPECT_EQ(m.GetPoint(3, 39), 42);
+    shared = CSSEcharMatrix{}; // forgets the image, so that only m releases it
 
-    CSSEcharMatrix fromFloat;
     CSSEMatrix floats;
     floats.Create(6, 17);
-    fromFloat.CreateSimilar(floats);
-    EXPECT_EQ(fromFloat.GetSizeX(), 6);
-    EXPECT_EQ(fromFloat.GetSSESizeY(), 2);
-    fromFloat.CreateSimilar(m);
-    EXPECT_EQ(fromFloat.GetSizeY(), 40);
-    EXPECT_EQ(fromFloat.GetPoint(1, 1), 0);
+    m.CreateSimilar(floats);
+    EXPECT_EQ(m.GetSizeX(), 6);
+    EXPECT_EQ(m.GetSSESizeY(), 2);
 
     // Releasing keeps the sizes of the image no longer held.
     m.Free();
     EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
     EXPECT_EQ(m.GetFields(), 0);
-    EXPECT_EQ(m.GetSizeX(), 4);
-    EXPECT_EQ(m.GetSSESizeY(), 3);
-    m.Free();
-}
-
-TEST(CSSEcharMatrixStorage, AssignmentSharesTheImageWithoutCopyingIt)
-{
-    CSSEcharMatrix a(3, 600); // two blocks
-    CSSEcharMatrix b;
-    b = a;
-    EXPECT_EQ(b.GetMatrixDataDirectly(), a.GetMatrixDataDirectly());
-    b.SetPoint(1, 599, 42);
-    EXPECT_EQ(a.GetPoint(1, 599), 42);
-    // The other side forgets the shared image by taking an empty field, so
-    // that only `a` releases it.
-    b = CSSEcharMatrix{};
-    EXPECT_EQ(b.GetMatrixDataDirectly(), nullptr);
-    EXPECT_EQ(a.GetPoint(1, 599), 42);
+    EXPECT_EQ(m.GetSizeX(), 6);
 }
 
 } // namespace
