@@ -28,6 +28,11 @@
 #include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
+// meshes
+#include "vekdll/mesh/htriangle.h"
+#include "vekdll/mesh/stretch.h"
+#include "vekdll/mesh/triangulation.h"
+
 // polygons
 #include "vekdll/pixelchains/pixel_chain.h"
 #include "vekdll/planar/h2d_point.h"
