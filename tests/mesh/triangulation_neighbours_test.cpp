@@ -90,9 +90,10 @@ TEST(CHTriangulationNeighbours, GridsWithDistinctHeightsAgreeWithBruteForce)
         std::vector<int> heights((columns + 1) * (rows + 1));
         std::iota(heights.begin(), heights.end(), 1);
         std::shuffle(heights.begin(), heights.end(), random);
+        const int stride = columns + 1; // a lambda may not capture a structured binding
         CHTriangulation mesh(0, 1, 1, 1);
         vek::test::FillGrid(mesh, columns, rows,
-                            [&](int x, int y) { return static_cast<float>(heights[y * (columns + 1) + x]); });
+                            [&](int x, int y) { return static_cast<float>(heights[y * stride + x]); });
         CalcNeighboursAndCompareWithBruteForce(mesh);
     }
 }
