@@ -14,6 +14,17 @@ inline int ClampIndex(int v, int lower, int upper)
     return std::max(lower, std::min(upper, v));
 }
 
+// Truncation towards zero followed by the field's clamp. The float is tested
+// before it is converted, so that a coordinate far outside the field reaches
+// the rim instead of overflowing the conversion; not-a-number goes to the
+// lower bound.
+inline int TruncatedIndex(float v, int lower, int upper)
+{
+    if (!(v > static_cast<float>(lower))) return lower;
+    if (v >= static_cast<float>(upper)) return std::max(lower, upper);
+    return static_cast<int>(v);
+}
+
 // How a value is merged into a pixel: written over it, or kept only where it
 // is larger (Maximum) or smaller (Minimum) than what is there.
 enum class PixelStore { Value, Maximum, Minimum };

@@ -5,6 +5,7 @@
 using vek::detail::ClampIndex;
 using vek::detail::Footprint;
 using vek::detail::PixelStore;
+using vek::detail::TruncatedIndex;
 
 namespace {
 
@@ -14,17 +15,6 @@ constexpr Footprint kRowTriple{1, 1, 0, 0, false};
 constexpr Footprint kCross{1, 1, 1, 1, true};
 constexpr Footprint kBox3x3{1, 1, 1, 1, false};
 constexpr Footprint kBox5x5{2, 2, 2, 2, false};
-
-// Truncation towards zero followed by the field's clamp. The float is tested
-// before it is converted, so that a coordinate far outside the field reaches
-// the rim instead of overflowing the conversion; not-a-number goes to the
-// lower bound.
-int TruncatedIndex(float v, int lower, int upper)
-{
-    if (!(v > static_cast<float>(lower))) return lower;
-    if (v >= static_cast<float>(upper)) return std::max(lower, upper);
-    return static_cast<int>(v);
-}
 
 float UnitFraction(float f)
 {
