@@ -4,33 +4,16 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdint>
-#include <cstring>
-
+#include "field_bench_support.h"
 #include "vekdll/fields/sse_matrix.h"
-#include "vekdll/foundation/safe_alloc.h"
 
 namespace {
 
-std::int64_t StorageBytes(const CSSEMatrix& m)
-{
-    return static_cast<std::int64_t>(m.GetSSESizeX()) * m.GetSSESizeY() * static_cast<std::int64_t>(sizeof(__m128));
-}
-
-// A cleared field of the benchmark's width and height.
-void CreateForArgs(const benchmark::State& state, CSSEMatrix& m)
-{
-    m.Create(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
-}
-
-// Size, pixels per second and bytes per second of `bytes` moved per iteration.
-void Report(benchmark::State& state, std::int64_t bytes)
-{
-    const double pixels = static_cast<double>(state.range(0)) * static_cast<double>(state.range(1));
-    state.counters["pixels"] = pixels;
-    state.counters["pixels/s"] = benchmark::Counter(pixels * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
-    state.SetBytesProcessed(bytes * static_cast<std::int64_t>(state.iterations()));
-}
+using vek::bench::BM_PlainMemcpy;
+using vek::bench::CreateForArgs;
+using vek::bench::FieldSizes;
+using vek::bench::Report;
+using vek::bench::StorageBytes;
 
 void BM_CopyFromSSEMatrix(benchmark::State& state)
 {
@@ -57,36 +40,6 @@ void BM_Fill(benchmark::State& state)
         benchmark::ClobberMemory();
     }
     Report(state, StorageBytes(m));
-}
-
-// The floor for a copy: one memcpy of as many bytes as the field's storage.
-void BM_PlainMemcpy(benchmark::State& state)
-{
-    CSSEMatrix shape;
-    CreateForArgs(state, shape);
-    const std::int64_t bytes = StorageBytes(shape);
-    shape.Reset();
-    void* src = SafeAlignedAlloc(static_cast<std::uint64_t>(bytes), 16);
-    void* dst = SafeAlignedAlloc(static_cast<std::uint64_t>(bytes), 16);
-    std::memset(src, 1, static_cast<std::size_t>(bytes));
-    std::memset(dst, 0, static_cast<std::size_t>(bytes));
-    for (auto _ : state) {
-        std::memcpy(dst, src, static_cast<std::size_t>(bytes));
-        benchmark::DoNotOptimize(dst);
-        benchmark::ClobberMemory();
-    }
-    Report(state, bytes);
-    SafeAlignedFree(src);
-    SafeAlignedFree(dst);
-}
-
-void FieldSizes(benchmark::internal::Benchmark* b)
-{
-    b->ArgNames({"x", "y"});
-    b->Args({256, 124});
-    b->Args({1024, 1024});
-    b->Args({4096, 4096});
-    b->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace
