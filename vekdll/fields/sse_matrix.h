@@ -134,7 +134,124 @@ public:
     // asymmetry is long-standing behaviour that callers rely on.
     void CopyFromMatrix(double** src, int a, int b);
 
-    // ---------------------------------------------------------------- arithmetic and combination (sse_matrix_arithmetic*.cpp)
+    // ---------------------------------------------------------------- arithmetic with a constant (sse_matrix_constant_ops.cpp)
+    // In place over every lane of every line, padding included. Each test
+    // keeps its own tolerance: they differ from one operation to the next.
+    // The amount of p, root of p * p, not a cleared sign bit.
+    void Absolute();
+    // 0 - p, so that 0 becomes +0.
+    void InvertSign();
+    void OffsetMatrix(float offset);
+    // p + offset where p > threshold, or where p < threshold.
+    void OffsetMatrixAbove(float threshold, float offset);
+    void OffsetMatrixBelow(float threshold, float offset);
+    // OffsetMatrixAbove(0.005, offset): raises the pixels holding data; a
+    // negative value counts as no data here.
+    void LiftWhereNonZero(float offset);
+    void ScalarMultiply(float factor);
+    // `replacement` where -tolerance < value - p < tolerance; 0.002 by default.
+    void ReplaceValueWithValue(float value, float replacement);
+    void ReplaceValueWithValue(float value, float replacement, float tolerance);
+    // In row y only (clamped to the field): `value` where p > threshold.
+    void ReplaceLineAbove(float threshold, float value, int y);
+
+    // ---------------------------------------------------------------- thresholds and erasures (sse_matrix_thresholds.cpp, sse_matrix_erase_frame.cpp)
+    // `value` where p > threshold (p < threshold), 0 elsewhere. With a first
+    // column, every lane of the columns before it becomes 0.
+    void TresholdAbove(float threshold, float value);
+    void TresholdBelow(float threshold, float value);
+    void TresholdAbove(float threshold, float value, int firstColumn);
+    void TresholdBelow(float threshold, float value, int firstColumn);
+    // `value` where p > threshold; the other pixels stay.
+    void TresholdAboveKeep(float threshold, float value);
+    // 0 where p > threshold, or where p < threshold.
+    void ErasePixelsGreater(float threshold);
+    void ErasePixelsLower(float threshold);
+    // Keeps only pixels within tolerance of `value`, in blocks of four rows:
+    // one pixel outside the tolerance clears all four lanes of its vector.
+    void EraseOtherValuePixels(float value, float tolerance);
+    // Inner pixels (the outermost frame is never touched) that differ from
+    // `value` become `value` where `other` is greater (Max) or smaller (Min).
+    // A null `other` or a field narrower than 3 changes nothing.
+    void EraseWithMatrixMax(const CSSEMatrix* other, float value);
+    void EraseWithMatrixMin(const CSSEMatrix* other, float value);
+    // Peels one pixel off every area of data: an inner pixel with an exactly
+    // 0 four-neighbour becomes 0. The tests read the field as it was, so that
+    // pixels peeled in this pass don't peel their neighbours. `removed`, if
+    // given and of the same size, receives the values that were peeled.
+    void EraseFrame(CSSEMatrix* removed);
+    // The same with the four-neighbours read from `mask`; its pixel at the
+    // centre isn't looked at.
+    void EraseFrameWithMask(const CSSEMatrix* mask);
+
+    // ---------------------------------------------------------------- combination with a second field (sse_matrix_combine.cpp, sse_matrix_stencil.cpp)
+    // Over the lines and vectors that both fields have; the rest of this
+    // field stays as it is. Where a second field is smaller than this one,
+    // its pixels are never read beyond its own lines.
+    void AddMatrix(const CSSEMatrix& q);
+    void SubMatrix(const CSSEMatrix& q);
+    // p - q where p > 0; pixels at or below 0 stay.
+    void SubMatrixValidate(const CSSEMatrix& q);
+    // p + max(0, q - offset), scaled by `factor` in the normed form.
+    void AddMatrixOffseted(const CSSEMatrix& q, float offset);
+    void AddMatrixOffsetedNormed(const CSSEMatrix& q, float offset, float factor);
+    // max(0, q' - offset) * b + p * a, with q' = 0 where p < 0.001.
+    void AddMatrixOffsetedConstrained(const CSSEMatrix& q, float offset, float a, float b);
+    void MaximumOf(const CSSEMatrix& q);
+    void MinimumOf(const CSSEMatrix& q);
+    // Root of (q * q + p * p).
+    void CombineAbsolute(const CSSEMatrix& q);
+    // Root of (p * q)^2, the amount of the product.
+    void CombineMultiplicative(const CSSEMatrix& q);
+    // 0 where q < 0.1; the Validate form leaves pixels at or below 0 alone.
+    void MaskOut(const CSSEMatrix& q);
+    void MaskOutAndValidate(const CSSEMatrix& q);
+    // 0 where q < threshold. The Below form is the same operation under a
+    // second name: it does not invert the test.
+    void StencilThreshAbove(const CSSEMatrix& q, float threshold);
+    void StencilThreshBelow(const CSSEMatrix& q, float threshold);
+    // 0 where the mask, read at (x * scaleX + 0.5, y * scaleY + 0.5)
+    // truncated and clamped, is below 5. At scale 1 in both directions the
+    // mask is applied vector by vector.
+    void Stencil(const CSSEMatrix& q, float scaleX, float scaleY);
+    // Re-creates this field at the smaller of the two sizes as a - b, then
+    // drops negative and/or positive differences.
+    void CalcDifferenceMatrixConstrained(const CSSEMatrix& a, const CSSEMatrix& b, bool dropNegative, bool dropPositive);
+
+    // ---------------------------------------------------------------- counts and sums (sse_matrix_statistics.cpp)
+    // Over every lane of every line, padding included.
+    int NumValuesAbove(float threshold) const;
+    int NumValuesBelow(float threshold) const;
+    // p > q (p < q) over the vectors both fields have; 0 for a null q.
+    int NumValuesAbove(const CSSEMatrix* q) const;
+    int NumValuesBelow(const CSSEMatrix* q) const;
+    // Four single-precision partial sums, one per lane, lines in order and x
+    // along the line, then added as (l0 + l3) + (l2 + l1).
+    float IntegrateMatrix() const;
+    // The same over the amounts, each multiplied by a * b in the second form.
+    float IntegrateMatrixAbsolute() const;
+    float IntegrateMatrixAbsolute(float a, float b) const;
+    // The partial sums of the amounts, added as ((l0 + l1) + l2) + l3.
+    float CalcAbsSum() const;
+
+    // ---------------------------------------------------------------- extreme values (sse_matrix_extremes.cpp)
+    // Searches start at 1000000 for a minimum and -1000000 for a maximum,
+    // which is also the result where nothing was searched. The whole-field
+    // search leaves out the first and the last line and the three outermost
+    // columns on each side; ExcludeZero skips -0.002 < p < 0.002.
+    void CalcMinMaxValues(float* max, float* min) const;
+    void CalcMinMaxValuesExcludeZero(float* max, float* min) const;
+    // Lines (y0 >> 2) + 1 up to (y1 >> 2) - 1 and vectors x0 + 3 up to
+    // x1 - 3, both ends excluded, after clamping the corners to the field:
+    // the patch is always shrunk by a line and three columns at each side.
+    // ExcludeZero skips -0.005 < p < 0.005.
+    void CalcMaxValueOfPatch(float* out, int x0, int x1, int y0, int y1) const;
+    void CalcMinValueOfPatch(float* out, int x0, int x1, int y0, int y1) const;
+    void CalcMinValueOfPatchExcludeZero(float* out, int x0, int x1, int y0, int y1) const;
+    // The first column and row, scanned inwards, with a pixel p > value
+    // (above) or p < value. minX and minY start their scans at 1; without a
+    // hit maxX and maxY are 0, minX and minY the last column and row.
+    void CalcBoundingBox(int& minX, int& minY, int& maxX, int& maxY, float value, bool above) const;
 
     // ---------------------------------------------------------------- filters and transforms (sse_matrix_filters*.cpp)
 
