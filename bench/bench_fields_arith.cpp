@@ -1,0 +1,83 @@
+// Whole-field arithmetic and filters of CSSEMatrix against a plain memcpy of
+// the same bytes. The four-lane passes (OffsetMatrix, MaximumOf,
+// CalcMinMaxValues) should run near the memcpy's rate; the filters that go
+// pixel by pixel through a neighbourhood are shown for their growth.
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+
+#include "field_bench_support.h"
+#include "vekdll/fields/sse_matrix.h"
+
+namespace {
+
+using vek::bench::BM_PlainMemcpy;
+using vek::bench::CreateForArgs;
+using vek::bench::FieldSizes;
+using vek::bench::Report;
+using vek::bench::StorageBytes;
+
+// A smooth height field with an empty (0) margin, as scan conversion leaves it.
+void FillHeightField(CSSEMatrix& m)
+{
+    const int margin = 8;
+    for (int y = margin; y < m.GetSizeY() - margin; ++y) {
+        for (int x = margin; x < m.GetSizeX() - margin; ++x) {
+            const float h = 100.0f + 50.0f * std::sin(0.01f * static_cast<float>(x)) * std::cos(0.013f * static_cast<float>(y));
+            m.SetPoint(x, y, h);
+        }
+    }
+}
+
+void BM_OffsetMatrix(benchmark::State& state)
+{
+    CSSEMatrix m;
+    CreateForArgs(state, m);
+    FillHeightField(m);
+    float offset = 1.0f;
+    for (auto _ : state) {
+        m.OffsetMatrix(offset);
+        offset = -offset;
+        benchmark::ClobberMemory();
+    }
+    Report(state, StorageBytes(m));
+}
+
+void BM_MaximumOf(benchmark::State& state)
+{
+    CSSEMatrix m;
+    CreateForArgs(state, m);
+    FillHeightField(m);
+    CSSEMatrix other;
+    CreateForArgs(state, other);
+    other.Fill(120.0f);
+    for (auto _ : state) {
+        m.MaximumOf(other);
+        benchmark::ClobberMemory();
+    }
+    // Two fields read, one written.
+    Report(state, 2 * StorageBytes(m));
+}
+
+void BM_CalcMinMaxValues(benchmark::State& state)
+{
+    CSSEMatrix m;
+    CreateForArgs(state, m);
+    FillHeightField(m);
+    for (auto _ : state) {
+        float max = 0.0f;
+        float min = 0.0f;
+        m.CalcMinMaxValues(&max, &min);
+        benchmark::DoNotOptimize(max);
+        benchmark::DoNotOptimize(min);
+    }
+    Report(state, StorageBytes(m));
+}
+
+} // namespace
+
+BENCHMARK(BM_PlainMemcpy)->Apply(FieldSizes);
+BENCHMARK(BM_OffsetMatrix)->Apply(FieldSizes);
+BENCHMARK(BM_MaximumOf)->Apply(FieldSizes);
+BENCHMARK(BM_CalcMinMaxValues)->Apply(FieldSizes);
