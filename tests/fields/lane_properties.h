@@ -39,6 +39,21 @@ inline void FillRandomLanes(CSSEMatrix& m, std::uint32_t seed, const std::vector
     }
 }
 
+// For each of the property sizes, a field of random lanes (a new seed each
+// time) and an untouched copy of it, handed to `check`.
+inline void ForEachRandomField(std::uint32_t& seed, const std::vector<float>& values, const std::function<void(CSSEMatrix&, const CSSEMatrix&)>& check)
+{
+    for (const auto& [sizeX, sizeY] : PropertySizes()) {
+        SCOPED_TRACE(testing::Message() << sizeX << " x " << sizeY);
+        CSSEMatrix m;
+        m.Create(sizeX, sizeY);
+        FillRandomLanes(m, ++seed, values);
+        CSSEMatrix before;
+        before.CopyFromSSEMatrix(m);
+        check(m, before);
+    }
+}
+
 inline std::uint32_t Bits(float v)
 {
     return std::bit_cast<std::uint32_t>(v);

@@ -126,19 +126,14 @@ TEST(FieldCombination, MixedAndUniformVectorsGiveThePerPixelResult)
     };
     std::uint32_t seed = 101;
     for (const Case& c : cases) {
-        for (const auto& [sizeX, sizeY] : vek::test::PropertySizes()) {
-            SCOPED_TRACE(testing::Message() << c.name << " on " << sizeX << " x " << sizeY);
-            CSSEMatrix m;
-            m.Create(sizeX, sizeY);
-            FillRandomLanes(m, ++seed, values);
+        SCOPED_TRACE(c.name);
+        vek::test::ForEachRandomField(seed, values, [&](CSSEMatrix& m, const CSSEMatrix& before) {
             CSSEMatrix q;
-            q.Create(sizeX, sizeY);
+            q.CreateSimilar(m);
             FillRandomLanes(q, ++seed, values);
-            CSSEMatrix before;
-            before.CopyFromSSEMatrix(m);
             c.op(m, q);
             ExpectLanes(m, [&](int x, int row) { return c.pixel(StoredLane(before, x, row), StoredLane(q, x, row)); });
-        }
+        });
     }
 }
 

@@ -12,7 +12,6 @@ namespace {
 
 using vek::test::Bits;
 using vek::test::ExpectLanes;
-using vek::test::FillRandomLanes;
 using vek::test::StoredLane;
 
 // A 3 x 3 field (one line: rows 0 to 2 and one padding lane) whose pixel
@@ -118,16 +117,11 @@ TEST(FieldWithConstant, MixedAndUniformVectorsGiveThePerPixelResult)
     };
     std::uint32_t seed = 11;
     for (const Case& c : cases) {
-        for (const auto& [sizeX, sizeY] : vek::test::PropertySizes()) {
-            SCOPED_TRACE(testing::Message() << c.name << " on " << sizeX << " x " << sizeY);
-            CSSEMatrix m;
-            m.Create(sizeX, sizeY);
-            FillRandomLanes(m, ++seed, values);
-            CSSEMatrix before;
-            before.CopyFromSSEMatrix(m);
+        SCOPED_TRACE(c.name);
+        vek::test::ForEachRandomField(seed, values, [&](CSSEMatrix& m, const CSSEMatrix& before) {
             c.op(m);
             ExpectLanes(m, [&](int x, int row) { return c.pixel(StoredLane(before, x, row)); });
-        }
+        });
     }
 }
 
