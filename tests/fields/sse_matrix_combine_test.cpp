@@ -6,6 +6,7 @@
 
 #include "fields/field_test_helpers.h"
 #include "fields/lane_properties.h"
+#include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 namespace {
@@ -94,6 +95,26 @@ TEST(FieldCombination, ScaledStencilReadsTheRoundedScaledMaskPixel)
     }
     // The padding lane of the last line is not a pixel and stays.
     EXPECT_EQ(StoredLane(m, 0, 8), 1.0f);
+}
+
+TEST(FieldCombination, ByteStencilReadsSignedBytesAtClampedPositions)
+{
+    // A 2 x 2 byte mask under a 4 x 3 field at scale 1: columns 2 and 3 read
+    // mask column 1, row 2 reads mask row 1. A byte of -3 is below 5 (as an
+    // unsigned byte it would be 253).
+    CSSEcharMatrix mask;
+    mask.Create(2, 2);
+    mask.SetPoint(0, 0, 5);
+    mask.SetPoint(1, 0, 4);
+    mask.SetPoint(0, 1, 100);
+    mask.SetPoint(1, 1, -3);
+    CSSEMatrix m;
+    m.Create(4, 3);
+    m.Fill(2.0f);
+    m.Stencil(mask, 1.0f, 1.0f);
+    // Column 0 reads 5 and 100 and stays; the others read 4 and -3. The
+    // padding lane (row 3) is no pixel.
+    ExpectLanes(m, [](int x, int row) { return row < 3 && x >= 1 ? 0.0f : 2.0f; });
 }
 
 TEST(FieldCombination, MixedAndUniformVectorsGiveThePerPixelResult)

@@ -7,6 +7,8 @@
 #include "vekdll/fields/pixel_store.h"
 #include "vekdll/platform/framework_exceptions.h"
 
+class CSSEcharMatrix;
+
 // The float raster of the library: height fields, distance images and masks.
 //
 // Storage is laid out for four-lane arithmetic. Four vertically adjacent
@@ -214,6 +216,9 @@ public:
     // truncated and clamped, is below 5. At scale 1 in both directions the
     // mask is applied vector by vector.
     void Stencil(const CSSEMatrix& q, float scaleX, float scaleY);
+    // The same with a byte mask, read as signed, always pixel by pixel; at
+    // scale 1 it reads the mask at (x, y), clamped to the mask.
+    void Stencil(const CSSEcharMatrix& q, float scaleX, float scaleY);
     // Re-creates this field at the smaller of the two sizes as a - b, then
     // drops negative and/or positive differences.
     void CalcDifferenceMatrixConstrained(const CSSEMatrix& a, const CSSEMatrix& b, bool dropNegative, bool dropPositive);

@@ -1,5 +1,6 @@
 #include "vekdll/fields/field_lanes.h"
 #include "vekdll/fields/pixel_store.h"
+#include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 // Masks and stencils: a second field decides which pixels of this one are
@@ -21,6 +22,17 @@ int ScaledMaskIndex(int i, float scale, int maskSize)
     return vek::detail::TruncatedIndex(static_cast<float>(i) * scale + 0.5f, 0, maskSize - 1);
 }
 
+// A mask pixel as a number: bytes are read as signed.
+float MaskValue(float v)
+{
+    return v;
+}
+
+float MaskValue(char v)
+{
+    return static_cast<float>(static_cast<signed char>(v));
+}
+
 // Pixel by pixel, row by row: 0 where the mask pixel at the scaled position
 // is below the stencil limit. Written for any mask with clamped GetPoint.
 template <class Mask>
@@ -31,7 +43,7 @@ void StencilScaled(CSSEMatrix& m, const Mask& mask, float scaleX, float scaleY)
         const int maskY = ScaledMaskIndex(y, scaleY, mask.GetSizeY());
         for (int x = 0; x < m.GetSizeX(); ++x) {
             const int maskX = ScaledMaskIndex(x, scaleX, mask.GetSizeX());
-            if (kStencilLimit > static_cast<float>(mask.GetPoint(maskX, maskY))) m.SetPoint(x, y, 0.0f);
+            if (kStencilLimit > MaskValue(mask.GetPoint(maskX, maskY))) m.SetPoint(x, y, 0.0f);
         }
     }
 }
@@ -74,5 +86,12 @@ void CSSEMatrix::Stencil(const CSSEMatrix& q, float scaleX, float scaleY)
         StencilThreshAbove(q, kStencilLimit);
         return;
     }
+    StencilScaled(*this, q, scaleX, scaleY);
+}
+
+void CSSEMatrix::Stencil(const CSSEcharMatrix& q, float scaleX, float scaleY)
+{
+    // At scale 1, x * 1 + 0.5 truncates to x itself, so the scaled reading
+    // reads the mask at (x, y).
     StencilScaled(*this, q, scaleX, scaleY);
 }
