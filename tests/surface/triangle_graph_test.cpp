@@ -419,6 +419,67 @@ TEST(TriangleGraphRecords, RecordsListsAndEdges)
     EXPECT_EQ(to.GetHead(), inner);
 }
 
+// Splitting at the centre hands three triangles to the caller's list and
+// marks the old one; joined to the working list and purged, the graph is
+// whole again.
+TEST(TriangleGraphSplits, CentreSplitHandsThreeTrianglesToTheList)
+{
+    Graph g(10);
+    g.AppendVertex(P(0, 0));
+    g.AppendVertex(P(10, 0));
+    g.AppendVertex(P(10, 10));
+    g.AppendVertex(P(0, 10));
+    g.AppendVertex(P(7, 3));
+    t_hdelaunaytriangle* lower = Add(g, 0, 1, 2);
+    t_hdelaunaytriangle* upper = Add(g, 0, 2, 3);
+    Graph::FindNeighbours(lower, upper);
+
+    CList<t_hdelaunaytriangle*> made;
+    g.BuildNewTriangles(4, lower, &made);
+    g.BuildNewTriangles(4, lower, &made);  // marked already: not split again
+    ASSERT_EQ(made.GetCount(), 3);
+    EXPECT_TRUE(lower->Ignore);
+    std::vector<std::vector<int>> corners;
+    for (const t_hdelaunaytriangle* t : Triangles(made)) corners.push_back({t->Vertex[0], t->Vertex[1], t->Vertex[2]});
+    EXPECT_EQ(corners, (std::vector<std::vector<int>>{{0, 1, 4}, {1, 2, 4}, {2, 0, 4}}));
+    EXPECT_EQ(upper->Neighbour[0], made.GetTail());
+    for (const t_hdelaunaytriangle* t : Triangles(made)) EXPECT_EQ(t->CircleRadius2 > 0.0f, true);
+
+    Graph::CopyTriangleListInList(&made, &g.GetTriangleList());
+    g.KillIgnoredTrianglesFromTriangleList(false);
+    EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 4);
+    EXPECT_EQ(vek::test::LinkFault(Triangles(g.GetTriangleList())), "");
+}
+
+TEST(TriangleGraphGeometry, TurnsAndReindexing)
+{
+    // The triangles name corners of another store; afterwards they name the
+    // same points in their own, each stored once.
+    ZrCSSEVertexContainer source(10);
+    source.AppendVertex(P(9, 9, 9));
+    source.AppendVertex(P(0, 0, 0));
+    source.AppendVertex(P(1, 0, 0));
+    source.AppendVertex(P(0, 1, 0));
+    source.AppendVertex(P(1, 1, 0));
+    Graph g(1);
+    Add(g, 1, 2, 3);
+    Add(g, 3, 2, 4);
+    g.CopyVertexArray(source);
+    EXPECT_EQ(g.GetNumVertices(), 4);
+    EXPECT_EQ(g.GetMaxNumVertices(), 5);
+    const auto triangles = Triangles(g.GetTriangleList());
+    EXPECT_EQ(std::vector<int>(triangles[1]->Vertex, triangles[1]->Vertex + 3), (std::vector<int>{2, 1, 3}));
+    EXPECT_EQ(g.GetVertex(3).x, 1.0f);
+    EXPECT_EQ(g.GetVertex(3).y, 1.0f);
+
+    // Quarter turns about x and about y.
+    g.MoveTriangulationX(1.5707964f);
+    EXPECT_NEAR(g.GetVertex(3).z, -1.0f, 1e-6);
+    g.MoveTriangulationY(1.5707964f);
+    EXPECT_NEAR(g.GetVertex(3).x, -1.0f, 1e-6);
+    EXPECT_NEAR(g.GetVertex(3).z, -1.0f, 1e-6);
+}
+
 TEST(TriangleGraphPasses, BorderOutsideAndSubEdgeFlags)
 {
     Graph g(10);

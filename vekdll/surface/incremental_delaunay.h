@@ -3,6 +3,7 @@
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/platform/c_list.h"
+#include "vekdll/polygons/sse_3d_polygon.h"
 #include "vekdll/surface/delaunay_records.h"
 #include "vekdll/surface/triangle_graph.h"
 
@@ -155,6 +156,7 @@ protected:
     CList<t_hdelaunayedge*> CombinedEdgeListSecond{10};
     CList<t_hdelaunaytriangle*> CombineTriangleListFirst{10};
     CList<t_hdelaunaytriangle*> CombineTriangleListSecond{10};
+    CSSE3dPolygon CombinePolygon;
     bool Finalized = false;
     bool FirstPolygonOpen = false;
     bool SecondPolygonOpen = false;

@@ -3,6 +3,9 @@
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 
+class CSSE3dPolygon;
+class CSSEMatrix;
+
 // The vertex store of a triangulation: a flat, 16-byte-aligned array of
 // SSEPoint with a fixed capacity that only an explicit call changes.
 // Triangles name their corners by index into this array, so vertices are
@@ -46,14 +49,30 @@ public:
     // ---- whole-array changes
     void AddError(const SSEPoint& point);
     void AddOffset(float x, float y, float z);
+    void AddPolygon(const CSSE3dPolygon& polygon, bool checkDistance);
+    void SetVertexZFromMatrix(const CSSEMatrix& field);
+    void ResetVertexFromPolygon(const CSSE3dPolygon& polygon, const CSSE3dPolygon& other);
 
     // ---- projection on a plane
     static void CalcProjectionPoint(const SSEPoint& point, SSEPoint& result, const SSEPoint& planePoint,
                                     const SSEPoint& normal);
+    static void CalcProjectPolygon(const SSEPoint& planePoint, const SSEPoint& normal, const CSSE3dPolygon& source,
+                                   CSSE3dPolygon& result);
+    static void CutProjPolygon(const CSSE3dPolygon& first, const CSSE3dPolygon& second, CSSE3dPolygon* result,
+                               float limit);
 
     // ---- turns
     static void RotateVertexX(float angle, SSEPoint& point);
     static void MoveVertex(float angleY, float angleX, SSEPoint& point);
+    static void MoveTriangulationAndPolygonWithAngle(SSEPoint* first, SSEPoint* second, SSEPoint& third,
+                                                     const SSEPoint& direction, CSSE3dPolygon* polygon,
+                                                     bool invert);
+
+    // ---- matching a coarse polygon with a finer one
+    static void FindClosedPolygonSafe(const CSSE3dPolygon& reference, CSSE3dPolygon& polygon, int* map);
+    static int GetClosedPointSafe(const CSSE3dPolygon& coarse, const CSSE3dPolygon& fine,
+                                  const CSSE3dPolygon& target, const int* map, int first, int last,
+                                  int targetIndex);
 
 protected:
     SSEPoint* Vertices = nullptr;
