@@ -186,6 +186,7 @@ private:
     bool PlaceInAffectedTriangle(int v);
     // Splits T and, across the side, its neighbour at a vertex on that side.
     void SplitAcrossSide(int v, t_hdelaunaytriangle* triangle, int side, t_hdelaunaytriangle* made[4]);
+    bool IsStoredVertex(int v) const;
     // Takes back the last vertex if it is v.
     void DropIfLastVertex(int v);
     // The two Delaunay sweeps; with `checkFan` a flip that would make an

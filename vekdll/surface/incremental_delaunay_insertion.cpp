@@ -99,7 +99,7 @@ int ZrCIncrementalDelaunay2D::CornerIndex(const SSEPoint& corner)
 void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(int index)
 {
     ClearAffectedTriangleList();
-    InsertStoredVertex(index, true);
+    if (IsStoredVertex(index)) InsertStoredVertex(index, true);
     ClearAffectedTriangleList();
 }
 
@@ -134,6 +134,7 @@ void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulation(float x, float y, b
 void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulationNoExterior(int index)
 {
     ClearAffectedTriangleList();
+    if (!IsStoredVertex(index)) return;
     if (CalcAffectedTriangles(index) >= 1)
         ProcessAffectedTrianglesNoExterior(index);
     else
@@ -145,6 +146,7 @@ int ZrCIncrementalDelaunay2D::CalcAffectedTriangles(int v)
 {
     AffectedTriangleList.RemoveAll();
     int moved = 0;
+    if (!IsStoredVertex(v)) return moved;
     for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
         t_hdelaunaytriangle* triangle = TriangleList.GetNext(pos);
@@ -171,6 +173,10 @@ void ZrCIncrementalDelaunay2D::ProcessAffectedTrianglesNoExterior(int v)
 
 void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
 {
+    if (!IsStoredVertex(v)) {
+        AddNewTrianglesToList();  // the affected triangles go back unchanged
+        return;
+    }
     if (AffectedTriangleList.IsEmpty()) {
         if (!joinFromOutside) {
             DropIfLastVertex(v);
@@ -190,6 +196,13 @@ void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
     KillIgnoredTriangles();
     LegalizeEdgesWithNeighbourCheck();
     AddNewTrianglesToList();
+}
+
+// An index outside the vertices in use names no point: the entry points
+// pass it over rather than read beyond the store.
+bool ZrCIncrementalDelaunay2D::IsStoredVertex(int v) const
+{
+    return v >= 0 && v < NumVertices;
 }
 
 // Taking a vertex back is only possible for the last one of the store: any
@@ -270,6 +283,7 @@ void ZrCIncrementalDelaunay2D::SplitAcrossSide(int v, t_hdelaunaytriangle* trian
 // edges of a convex border. A vertex that sees no side stays isolated.
 void ZrCIncrementalDelaunay2D::AppendExteriorPoint(int v)
 {
+    if (!IsStoredVertex(v)) return;
     const SSEPoint& p = Vertices[v];
     std::vector<t_hdelaunaytriangle*> made;
     for (CList<t_hdelaunaytriangle*>* list : {&AffectedTriangleList, &TriangleList}) {

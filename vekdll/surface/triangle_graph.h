@@ -1,7 +1,5 @@
 #pragma once
 
-#include <concepts>
-
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/platform/c_list.h"
