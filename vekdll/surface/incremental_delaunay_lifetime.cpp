@@ -79,9 +79,7 @@ void ZrCIncrementalDelaunay2D::CopyFinalTriangleListToTriangleList()
 
 void ZrCIncrementalDelaunay2D::ClearFinalTriangleList()
 {
-    if (FinalList.GetCount() < 1) return;
-    for (POSITION pos = FinalList.GetHeadPosition(); pos != nullptr;) DeleteTriangle(FinalList.GetNext(pos));
-    FinalList.RemoveAll();
+    DeleteAllTriangles(FinalList);
 }
 
 // Ends an insertion: the triangles it marked are freed, the others join the

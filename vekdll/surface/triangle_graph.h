@@ -147,6 +147,7 @@ protected:
     static int OppositeCorner(const Triangle* triangle, int side) { return triangle->Vertex[(side + 2) % 3]; }
     // Clears every slot of the neighbours of `triangle` that points at it.
     static void UnlinkFromNeighbours(Triangle* triangle);
+    static void DeleteAllTriangles(TriangleListType& list);
     // Frees each triangle of `list` with Ignore and removes its node.
     static void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours);
     // The lane-wise extremes of all corners of all triangles of `list`;

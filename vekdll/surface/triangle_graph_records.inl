@@ -50,37 +50,47 @@ void TriangleGraph<D, T, E>::CopyTriangle(const T* source, T* destination)
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::ClearTriangleList()
 {
-    if (TriangleList.GetCount() < 1) return;
-    for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) DeleteTriangle(TriangleList.GetNext(pos));
-    TriangleList.RemoveAll();
+    DeleteAllTriangles(TriangleList);
 }
+
+// Frees every triangle that `list` owns and empties it.
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::DeleteAllTriangles(TriangleListType& list)
+{
+    if (list.GetCount() < 1) return;
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) DeleteTriangle(list.GetNext(pos));
+    list.RemoveAll();
+}
+
+namespace detail {
 
 // Moves the pointers: each non-null entry goes to the tail of `to` and
 // leaves `from`. Null entries stay where they are.
-template <class D, class T, class E>
-void TriangleGraph<D, T, E>::CopyTriangleListInList(TriangleListType* from, TriangleListType* to)
+template <class Record>
+void MoveRecords(CList<Record*>* from, CList<Record*>* to)
 {
     if (from == nullptr || to == nullptr) return;
     for (POSITION pos = from->GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
-        T* triangle = from->GetNext(pos);
-        if (triangle == nullptr) continue;
-        to->AddTail(triangle);
+        Record* record = from->GetNext(pos);
+        if (record == nullptr) continue;
+        to->AddTail(record);
         from->RemoveAt(current);
     }
+}
+
+} // namespace detail
+
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::CopyTriangleListInList(TriangleListType* from, TriangleListType* to)
+{
+    detail::MoveRecords(from, to);
 }
 
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::CopyEdgeListInList(EdgeListType* from, EdgeListType* to)
 {
-    if (from == nullptr || to == nullptr) return;
-    for (POSITION pos = from->GetHeadPosition(); pos != nullptr;) {
-        const POSITION current = pos;
-        E* edge = from->GetNext(pos);
-        if (edge == nullptr) continue;
-        to->AddTail(edge);
-        from->RemoveAt(current);
-    }
+    detail::MoveRecords(from, to);
 }
 
 template <class D, class T, class E>
