@@ -7,7 +7,15 @@
 #include "vekdll/surface/delaunay_records.h"
 #include "vekdll/surface/triangle_graph.h"
 
+class CSSE3dPolygon;
+class CSSEMatrix;
 class ZrCIncrementalDelaunay2D;
+
+namespace vek::detail {
+struct ScanLattice;
+template <class Owner>
+struct ScanWorkerRecord;
+} // namespace vek::detail
 
 namespace vek {
 using DelaunayGraph = TriangleGraph<ZrCIncrementalDelaunay2D, t_hdelaunaytriangle, t_hdelaunayedge>;
@@ -121,6 +129,64 @@ public:
     void ClearTriangleNormals();
     static void NormalizeVector(SSEPoint& point);
 
+    // ---- scan conversion into a raster (incremental_delaunay_scan_conversion.cpp)
+    // Units per raster cell in x, y and z; the diagonal of a cell follows.
+    void SetScanConvResolution(float x, float y, float z);
+    // The surface as a field of heights in z cells over its bounding box,
+    // which CalcBoundingBox must have set: cell (0, 0) is the box's lower
+    // corner, handed out in `origin`. Five workers sample a band of the
+    // triangles each into a field of their own; where the surface folds
+    // over a cell, the highest sample wins with `keepMax`, else the lowest.
+    // Cells that no triangle reaches read `background`. The field is
+    // re-created with the size of the box.
+    void FastScanConvertTriangulation(CSSEMatrix* field, float background, SSEPoint& origin, bool keepMax);
+    // Only the triangles that face the viewer of the kept extreme (up for a
+    // maximum, down for a minimum), or only the others. They read each
+    // triangle's Normal: ComputeNormalVectorsOfTriangles must have run.
+    void FastScanConvertTriangulationOnlyVisible(CSSEMatrix* field, float background, SSEPoint& origin, bool keepMax);
+    void FastScanConvertTriangulationOnlyUnvisible(CSSEMatrix* field, float background, SSEPoint& origin,
+                                                   bool keepMax);
+    // Only the triangles with a corner at a height zMin ... zMax.
+    void FastScanConvertTriangulationWithZRange(CSSEMatrix* field, float background, SSEPoint& origin, float zMax,
+                                                float zMin, bool keepMax);
+    // Only the inner triangles (no Outside, Border or SubEdge; unless
+    // `inner`, no neighbour with Border or SubEdge either), into a field of
+    // the size of `reference`, shared out over the workers by bands of
+    // lines rather than of triangles. Heights are absolute, as from the
+    // other forms; cells that no triangle reaches read 0, no data.
+    void FastScanConvertTriangulationOnlyInside(CSSEMatrix* field, CSSEMatrix* reference, bool keepMax, bool inner);
+
+    // The samplers of the workers, to be called on the caller's thread too:
+    // the triangles first ... last of `list` (both inclusive) are sampled
+    // into `field`, which keeps its size and contents, each sample keeping
+    // the higher (keepMax) or the lower of its value and the cell's. In the
+    // inside form first and last are lines of the field, the whole list is
+    // walked, and a triangle is taken if a corner lies in those lines.
+    void ScanConvertTriangulationWithLimitedArea(CSSEMatrix* field, const CList<t_hdelaunaytriangle*>* list,
+                                                 const SSEPoint& origin, int first, int last, bool keepMax) const;
+    void ScanConvertTriangulationWithLimitedAreaOnlyVisible(CSSEMatrix* field,
+                                                            const CList<t_hdelaunaytriangle*>* list,
+                                                            const SSEPoint& origin, int first, int last,
+                                                            bool keepMax) const;
+    void ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(CSSEMatrix* field,
+                                                              const CList<t_hdelaunaytriangle*>* list,
+                                                              const SSEPoint& origin, int first, int last,
+                                                              bool keepMax) const;
+    void ScanConvertTriangulationWithLimitedAreaWithZRange(CSSEMatrix* field, const CList<t_hdelaunaytriangle*>* list,
+                                                           const SSEPoint& origin, int first, int last, float zMax,
+                                                           float zMin, bool keepMax) const;
+    void ScanConvertTriangulationWithLimitedAreaOnlyInside(CSSEMatrix* field, const CList<t_hdelaunaytriangle*>* list,
+                                                           const SSEPoint& origin, int first, int last, bool inner,
+                                                           bool keepMax) const;
+
+    // One step of the breadth-first walk over the triangles near `polygon`
+    // (incremental_delaunay_polygon_walk.cpp): marks t Ignore when its three
+    // corners lie within distance + tolerance of the polygon, and then queues
+    // its unvisited neighbours on `list`. `position` is the caller's place
+    // in `list` and is not read.
+    void CheckTrianguleAndProcessList(t_hdelaunaytriangle* t, POSITION position, CList<t_hdelaunaytriangle*>* list,
+                                      float distance, float tolerance, const CSSE3dPolygon& polygon);
+
     // ---- flag passes (incremental_delaunay_passes.cpp)
     void ResetBorderTriangles();
     void ResetIgnoreBorderTriangles();
@@ -197,4 +263,11 @@ private:
     void InsertStoredVertex(int index, bool checkFan);
     // Inserts vertex i of a Triangulate run: locate, place, legalize.
     void InsertDuringTriangulate(int i);
+
+    // The scan conversion's view of this surface, and its five-band driver
+    // with the sampler each worker runs.
+    using ScanWorker = void (*)(const vek::detail::ScanWorkerRecord<ZrCIncrementalDelaunay2D>&);
+    vek::detail::ScanLattice ScanLatticeFor(const SSEPoint& origin) const;
+    void ScanConvertInFiveBands(CSSEMatrix* field, float background, SSEPoint& origin, bool keepMax,
+                                ScanWorker worker, float zMax, float zMin);
 };
