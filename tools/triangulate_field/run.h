@@ -1,0 +1,19 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace vek::tools {
+
+// The whole program: `args` are the arguments after its name. The report
+// goes to `out`, a failure to `err` as one line. Returns the exit code: 0
+// done, 2 bad arguments or an unreadable or unwritable file, 1 otherwise.
+int RunTriangulateField(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+// Where the bundled elevation model is: beside the sources this program was
+// built from, then from the folder of the executable up to a build tree's
+// source, then under the current folder. Empty if it is in none of them.
+std::string FindBundledInput();
+
+} // namespace vek::tools
