@@ -29,12 +29,13 @@ struct GridSurface {
     double samplesPerTriangle = 0.0;
 };
 
-// The lattice of a right triangle with legs `leg` in a field of unit cells:
-// a step of s = (sqrt 2 / leg) / 5 in u and v, and a triangle of rows that
-// shorten from 1 / s to one sample, plus the closing sample.
+// The lattice of one grid triangle, whose longer edge from its first corner
+// is the diagonal of a grid square of side `leg`: a step of s = (sqrt 2 /
+// (leg sqrt 2)) / 5 in u and v, rows that shorten from 1 / s samples to one,
+// and the closing sample.
 double LatticeSamples(double leg)
 {
-    const double rows = std::ceil(1.0 / ((std::sqrt(2.0) / leg) / 5.0));
+    const double rows = std::ceil(5.0 * leg);
     return rows * (rows + 1.0) / 2.0 + 1.0;
 }
 
