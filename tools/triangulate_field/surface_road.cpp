@@ -122,7 +122,7 @@ void StoreVertices(ZrCIncrementalDelaunay2D& d, const HeightRaster& input, doubl
         SSEPoint p = VertexOf(input, border[i], cellSize);
         ring.SetPointSSE(static_cast<int>(i), p);
     }
-    for (int i = 0; i < ring.GetNumPoints(); ++i) { SSEPoint q; ring.GetPointSSE(i, q); d.AppendVertex(q); } // TEMPORARY until AddPolygon lands
+    d.AddPolygon(ring, false);
     for (const Cell& c : inner) d.AppendVertex(VertexOf(input, c, cellSize));
     result.borderVertices = static_cast<int>(border.size());
     result.innerVertices = static_cast<int>(inner.size());

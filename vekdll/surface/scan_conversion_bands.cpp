@@ -57,18 +57,7 @@ void MergeScanBand(CSSEMatrix& result, const CSSEMatrix& band, bool keepMax)
 
 void ReplaceScanSentinel(CSSEMatrix& result, bool keepMax, float background)
 {
-    // TEMPORARY until CSSEMatrix::ReplaceValueWithValue is on main.
-    __m128** lines = result.GetMatrixDataDirectly();
-    if (lines == nullptr) return;
-    const __m128 sentinel = _mm_set1_ps(ScanSentinel(keepMax));
-    const __m128 replacement = _mm_set1_ps(background);
-    for (int line = 0; line < result.GetSSESizeY(); ++line) {
-        for (int x = 0; x < result.GetSSESizeX(); ++x) {
-            const __m128 d = _mm_sub_ps(sentinel, lines[line][x]);
-            const __m128 near = _mm_and_ps(_mm_cmpgt_ps(d, _mm_set1_ps(-1.0f)), _mm_cmplt_ps(d, _mm_set1_ps(1.0f)));
-            lines[line][x] = _mm_blendv_ps(lines[line][x], replacement, near);
-        }
-    }
+    result.ReplaceValueWithValue(ScanSentinel(keepMax), background, 1.0f);
 }
 
 } // namespace vek::detail
