@@ -114,6 +114,18 @@ public:
     float GetMinEuclDistanceXY(float x, float y, int skip) const;
 
     // ---------------------------------------------------------------- rasterisation into fields
+    // Whether (x, y) lies in the inner area of the closed line: an even-odd
+    // count of the edges crossed by a ray towards growing y, testing only
+    // every `step`-th chord (plus the chord that closes the thinned line).
+    // Points on the box rim pass the box test; a point on an edge belongs to
+    // the area the edge bounds from below. Fewer than 3 points contain nothing.
+    bool PointInLineInnerArea(SSEPoint& p, int step);
+    bool PointInLineInnerArea(float x, float y, int step);
+    // The same count on the normalised coordinates, while the box test still
+    // uses the plain box: the caller chooses a resolution and a point that the
+    // plain box holds.
+    bool PointInLineInnerAreaNormalized(SSEPoint& p, int step);
+    bool PointInLineInnerAreaNormalized(float x, float y, int step);
 
     // ---------------------------------------------------------------- resampling and editing
     // Inserts points on each segment of the closed line that is longer than
@@ -140,6 +152,9 @@ private:
     // The body of the inserting resampling forms: segments of the closed or
     // the open line, judged long by x and y, or by z as well.
     void InsertPointsOnLongSegments(float spacing, bool closed, bool heightCounts, int* indices);
+    // The box test and crossing count of the inner-area tests, with the
+    // edges read from `xs` and `ys`.
+    bool InnerAreaTest(__m128 point, const float* xs, const float* ys, int step);
 
     float* PointsX;
     float* PointsY;

@@ -1,0 +1,73 @@
+// The point-in-area test of the closed line.
+
+#include "vekdll/polygons/sse_3d_polygon.h"
+
+namespace {
+
+// One chord of the even-odd count. The chord counts where the test column
+// x lies in (a.x, b.x], a being the end with the smaller x: open at the
+// smaller end and closed at the larger, so that a vertex is counted once and
+// a vertical chord never. It toggles when it passes strictly on the side of
+// larger y at the test column.
+bool CrossesAbove(float x, float y, float prevX, float prevY, float curX, float curY)
+{
+    if ((x > curX) != (prevX >= x)) return false;
+    const bool curIsLower = curX <= prevX;
+    const float ax = curIsLower ? curX : prevX;
+    const float ay = curIsLower ? curY : prevY;
+    const float bx = curIsLower ? prevX : curX;
+    const float by = curIsLower ? prevY : curY;
+    return (by - ay) * (x - ax) > (bx - ax) * (y - ay);
+}
+
+} // namespace
+
+bool CSSE3dPolygon::InnerAreaTest(__m128 point, const float* xs, const float* ys, int step)
+{
+    const int n = NumPoints;
+    // A step below 1 would never end the walk; nobody asks for it.
+    if (n < 3 || step < 1) return false;
+    if (!BoundingBoxCalculated) CalcBoundingBox();
+    const __m128 below = _mm_cmplt_ps(point, BottomLeft2D->sse);
+    const __m128 above = _mm_cmpgt_ps(point, TopRight2D->sse);
+    if (_mm_movemask_ps(_mm_or_ps(below, above)) != 0) return false;
+
+    SSEPoint p;
+    p.sse = point;
+    bool inside = false;
+    float prevX = xs[n - 1];
+    float prevY = ys[n - 1];
+    for (int i = 0; i <= n - step; i += step) {
+        if (CrossesAbove(p.x, p.y, prevX, prevY, xs[i], ys[i])) inside = !inside;
+        prevX = xs[i];
+        prevY = ys[i];
+    }
+    // A thinned line is closed by one more chord to the last point.
+    if (step >= 2 && CrossesAbove(p.x, p.y, prevX, prevY, xs[n - 1], ys[n - 1])) inside = !inside;
+    return inside;
+}
+
+bool CSSE3dPolygon::PointInLineInnerArea(SSEPoint& p, int step)
+{
+    // z takes no part; w does, and a point whose w isn't 0 fails the box.
+    SSEPoint flat = p;
+    flat.z = 0.0f;
+    return InnerAreaTest(flat.sse, PointsX, PointsY, step);
+}
+
+bool CSSE3dPolygon::PointInLineInnerArea(float x, float y, int step)
+{
+    return InnerAreaTest(_mm_setr_ps(x, y, 0.0f, 0.0f), PointsX, PointsY, step);
+}
+
+bool CSSE3dPolygon::PointInLineInnerAreaNormalized(SSEPoint& p, int step)
+{
+    SSEPoint flat = p;
+    flat.z = 0.0f;
+    return InnerAreaTest(flat.sse, NormalizedX, NormalizedY, step);
+}
+
+bool CSSE3dPolygon::PointInLineInnerAreaNormalized(float x, float y, int step)
+{
+    return InnerAreaTest(_mm_setr_ps(x, y, 0.0f, 0.0f), NormalizedX, NormalizedY, step);
+}
