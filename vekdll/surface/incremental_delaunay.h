@@ -79,6 +79,11 @@ public:
     // triangulation starts from the four corners of the bounding box (added
     // as vertices where none sits), otherwise from vertices 0, 1 and 2.
     void Triangulate(int count, bool finalize, bool addCorners);
+    // Triangulates the first `count` stored vertices, the first of which are
+    // the points of `polygon` in order, starting from the polygon's extreme
+    // points; triangles whose centroid lies outside the polygon are marked
+    // Outside. Finalizes when `finalize` is 1.
+    void Triangulate(CSSE3dPolygon& polygon, int count, int finalize);
     void InsertVertexIntoTriangulation(int index);
     void InsertVertexIntoTriangulation(float x, float y, bool finalize);
     void InsertVertexIntoTriangulationNoExterior(int index);
@@ -112,6 +117,9 @@ public:
     bool Visible(int v, const t_hdelaunaytriangle* triangle, int side) const;
     static float Visibility(const t_hdelaunaytriangle* a, const t_hdelaunaytriangle* b);
     int CompareVertexXY(int i, int j) const;
+    // Whether the polygon's inner area holds a sample of the segment a-b,
+    // taken every min(length / 10, 0.1) from a, excluding a itself.
+    static bool CheckAcrossEdge(const SSEPoint& a, const SSEPoint& b, CSSE3dPolygon& polygon);
 
     // ---- geometry of the surface (incremental_delaunay_geometry.cpp)
     void CalcBoundingBox();
@@ -263,6 +271,9 @@ private:
     void InsertStoredVertex(int index, bool checkFan);
     // Inserts vertex i of a Triangulate run: locate, place, legalize.
     void InsertDuringTriangulate(int i);
+    void StartNewTriangulation();
+    void InsertAllVerticesExcept(int first, int count, const int* skip, int numSkip);
+    void MarkTrianglesOutsidePolygon(CSSE3dPolygon& polygon);
 
     // The scan conversion's view of this surface, and its five-band driver
     // with the sampler each worker runs.

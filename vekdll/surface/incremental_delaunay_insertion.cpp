@@ -10,19 +10,37 @@
 // every triangle at once, finds no place and stays isolated in the store:
 // that is how duplicates are treated.
 
+#include <algorithm>
 #include <vector>
 
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/side_test.h"
 
-void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCorners)
+// Empties every list for a new build; the new triangles live in the
+// working list until finalized.
+void ZrCIncrementalDelaunay2D::StartNewTriangulation()
 {
-    if (NumVertices < 3) return;
     ClearAffectedTriangleList();
     ClearFinalTriangleList();
     ClearTriangleList();
-    // The new triangles live in the working list until finalized.
     Finalized = false;
+}
+
+// Inserts every vertex below min(count, NumVertices) other than the first
+// triangle's corners. The bound is read in every round: insertion may add or
+// drop vertices.
+void ZrCIncrementalDelaunay2D::InsertAllVerticesExcept(int first, int count, const int* skip, int numSkip)
+{
+    for (int i = first; i < std::min(count, NumVertices); ++i) {
+        if (std::find(skip, skip + numSkip, i) != skip + numSkip) continue;
+        InsertDuringTriangulate(i);
+    }
+}
+
+void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCorners)
+{
+    if (NumVertices < 3) return;
+    StartNewTriangulation();
 
     int firstInserted = 3;
     int corners[4] = {-1, -1, -1, -1};
@@ -70,12 +88,64 @@ void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCor
         TriangleList.AddTail(first);
     }
 
-    // The bound is read in every round: insertion may add or drop vertices.
-    for (int i = firstInserted; i < std::min(count, NumVertices); ++i) {
-        if (i == corners[0] || i == corners[1] || i == corners[2] || i == corners[3]) continue;
-        InsertDuringTriangulate(i);
-    }
+    InsertAllVerticesExcept(firstInserted, count, corners, 4);
     if (finalize) FinalizeTriangleList();
+}
+
+// The polygon's points are the first vertices of the store, in order
+// (AddPolygon), so polygon indices name vertices. The first triangle joins
+// the points of least x, greatest x and greatest y, each point taking at most
+// one role in that order; a role no point took falls to vertex 0, the value
+// of a fresh record.
+void ZrCIncrementalDelaunay2D::Triangulate(CSSE3dPolygon& polygon, int count, int finalize)
+{
+    if (NumVertices < 3) return;
+    StartNewTriangulation();
+
+    int minXIndex = -1;
+    int maxXIndex = -1;
+    int maxYIndex = -1;
+    float minX = 999999.9f;
+    float maxX = -999999.9f;
+    float maxY = -999999.9f;
+    for (int i = 0; i < polygon.GetNumPoints(); ++i) {
+        float x = 0.0f;
+        float y = 0.0f;
+        polygon.GetPointXY(i, x, y);
+        if (x > maxX) {
+            maxX = x;
+            maxXIndex = i;
+        } else if (x < minX) {
+            minX = x;
+            minXIndex = i;
+        } else if (y > maxY) {
+            maxY = y;
+            maxYIndex = i;
+        }
+    }
+    t_hdelaunaytriangle* first = InitNewTriangle();
+    const int corners[3] = {std::max(minXIndex, 0), std::max(maxXIndex, 0), std::max(maxYIndex, 0)};
+    std::copy(corners, corners + 3, first->Vertex);
+    if (GetOrientation(first) == -1) std::swap(first->Vertex[0], first->Vertex[1]);
+    CalcCircumCircle(first);
+    TriangleList.AddTail(first);
+
+    InsertAllVerticesExcept(0, count, corners, 3);
+    MarkTrianglesOutsidePolygon(polygon);
+    if (finalize == 1) FinalizeTriangleList();
+}
+
+// A triangle whose centroid the polygon doesn't hold is Outside.
+void ZrCIncrementalDelaunay2D::MarkTrianglesOutsidePolygon(CSSE3dPolygon& polygon)
+{
+    for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) {
+        t_hdelaunaytriangle* triangle = TriangleList.GetNext(pos);
+        SSEPoint centroid;
+        const __m128 sum = _mm_add_ps(_mm_add_ps(Vertices[triangle->Vertex[0]].sse, Vertices[triangle->Vertex[1]].sse),
+                                      Vertices[triangle->Vertex[2]].sse);
+        centroid.sse = _mm_div_ps(sum, _mm_set1_ps(3.0f));
+        if (!polygon.PointInLineInnerArea(centroid, 1)) triangle->Outside = true;
+    }
 }
 
 void ZrCIncrementalDelaunay2D::InsertDuringTriangulate(int i)

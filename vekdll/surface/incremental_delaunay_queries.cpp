@@ -1,6 +1,10 @@
 // Questions to the triangulation: where a point lies, which triangle holds
 // or is nearest to it, and what sees what.
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
 #include "vekdll/foundation/sse_fns.h"
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/side_test.h"
@@ -156,4 +160,23 @@ float ZrCIncrementalDelaunay2D::Visibility(const t_hdelaunaytriangle* a, const t
 int ZrCIncrementalDelaunay2D::CompareVertexXY(int i, int j) const
 {
     return Vertices[i].x == Vertices[j].x && Vertices[i].y == Vertices[j].y ? 1 : 0;
+}
+
+bool ZrCIncrementalDelaunay2D::CheckAcrossEdge(const SSEPoint& a, const SSEPoint& b, CSSE3dPolygon& polygon)
+{
+    const __m128 delta = _mm_sub_ps(b.sse, a.sse);
+    const float length = CSSEFns::vectorlen(delta);
+    // A zero or non-finite length gives no sample (and no 0 / 0 count).
+    if (!(length > 0.0f) || !std::isfinite(length)) return false;
+    const float step = std::min(length / 10.0f, 0.1f);
+    const float samples = length / step;
+    const int n = samples < static_cast<float>(std::numeric_limits<int>::max()) ? static_cast<int>(samples)
+                                                                                : std::numeric_limits<int>::max();
+    const __m128 direction = _mm_div_ps(delta, _mm_set1_ps(length));
+    for (int i = 1; i <= n; ++i) {
+        SSEPoint sample;
+        sample.sse = _mm_add_ps(a.sse, _mm_mul_ps(_mm_set1_ps(static_cast<float>(i) * step), direction));
+        if (polygon.PointInLineInnerArea(sample.x, sample.y, 1)) return true;
+    }
+    return false;
 }
