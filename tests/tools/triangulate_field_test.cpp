@@ -94,7 +94,7 @@ TEST(TriangulateFieldArguments, OptionsAndTheirDefaults)
     const vek::tools::Options defaults = ParseCommandLine({});
     EXPECT_EQ(defaults.input, "");
     EXPECT_EQ(defaults.outputDirectory, "out");
-    EXPECT_EQ(defaults.points, 12000);
+    EXPECT_EQ(defaults.points, 16000);
     EXPECT_EQ(defaults.cellSize, 30.0);
     EXPECT_FALSE(defaults.keepLowest);
 

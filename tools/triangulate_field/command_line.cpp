@@ -79,8 +79,8 @@ INPUT   a grey PFM (Pf, either byte order) or a binary PGM (P5, 8 or 16 bits;
         Without INPUT the bundled elevation model data/bigtujunga.pgm is read.
 
 Options:
-  -n, --points N     vertices to store, about (default 12000). The insertion is
-                     still quadratic in the vertices: 12000 take a few seconds.
+  -n, --points N     vertices to store, about (default 16000). The insertion is
+                     still quadratic in the vertices: 16000 take a few seconds.
   --cell-size S      side of a cell in the units of the heights (default 30,
                      the bundled model's 30 m cells), so that slopes are true.
   --lowest           where the surface folds over a cell keep the lowest

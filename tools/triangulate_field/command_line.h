@@ -11,7 +11,7 @@ struct Options {
     std::string outputDirectory = "out";
     // How many vertices to store. The insertion is still quadratic in them,
     // and this many keep a run of the bundled model within a few seconds.
-    int points = 12000;
+    int points = 16000;
     // The side of a cell in the units of the heights, so that slopes come
     // out true: 30 for the bundled model's 30 m cells and metre heights.
     double cellSize = 30.0;

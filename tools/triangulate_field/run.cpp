@@ -72,10 +72,7 @@ int Run(const Options& options, std::ostream& out)
         << "            " << raster.width << " x " << raster.height << " cells, " << withData
         << " with data, heights " << lowest << " ... " << highest << ", cell size " << options.cellSize << "\n";
 
-    RoadSettings settings;
-    settings.points = options.points;
-    settings.cellSize = options.cellSize;
-    settings.keepMax = !options.keepLowest;
+    const RoadSettings settings{options.points, options.cellSize, !options.keepLowest};
     const RoadResult road = RunSurfaceRoad(raster, settings);
     ZrCIncrementalDelaunay2D& d = *road.triangulation;
     out << "vertices    " << d.GetNumVertices() << ": " << road.borderVertices << " on the border, "

@@ -8,10 +8,12 @@ class ZrCIncrementalDelaunay2D;
 
 namespace vek::tools {
 
+// How many vertices at most, the side of a cell in height units, and which
+// sheet wins where the surface folds over a cell (see Options).
 struct RoadSettings {
-    int points = 12000;
-    double cellSize = 30.0;
-    bool keepMax = true;
+    int points;
+    double cellSize;
+    bool keepMax;
 };
 
 // One surface through the library: the input's border and a staggered
