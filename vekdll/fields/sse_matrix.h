@@ -260,7 +260,26 @@ public:
 
     // ---------------------------------------------------------------- filters and transforms (sse_matrix_filters*.cpp)
 
-    // ---------------------------------------------------------------- geometry and persistence (sse_matrix_geometry*.cpp, sse_matrix_archive.cpp)
+    // ---------------------------------------------------------------- resampling and resizing (sse_matrix_geometry_scale.cpp, sse_matrix_geometry_resize.cpp)
+    // Each builds the new image beside the old one and then takes it over, so
+    // that a failed allocation leaves the field as it was. RowProcessed and
+    // the span array stay. A field without an image, or a negative size or
+    // count, leaves the field alone.
+
+    // Bilinear resampling to newX x newY. New pixel (x, y) lies at
+    // (x * sx, y * sy) of the old image, sx = SizeX / newX and sy = SizeY /
+    // newY in single precision; the neighbours to the right and below are
+    // clamped to the field. Padding lanes of the new image are 0.
+    void ScaleMatrix(int newX, int newY);
+    // The same resampling, bit for bit.
+    void ScaleMatrix_SSE(int newX, int newY);
+    // n more columns on one side, each row of them holding the value of
+    // pixel (0, 0) (left) or of the last pixel of row 0 (right).
+    void ElongateLeft(int n);
+    void ElongateRight(int n);
+    // A field larger by nx columns on either side and ny rows above and
+    // below, filled with v, padding included, around the old image.
+    void EmbedinValueFrame(int ny, int nx, float v);
 
 protected:
     // Address of pixel (x, y) without any clamp.
@@ -277,6 +296,10 @@ private:
     void AllocateStorage(int sizeX, int sizeY);
     void StoreInFootprint(int x, int y, const vek::detail::Footprint& shape, float v, vek::detail::PixelStore how);
     void StoreCentered(const CSSEMatrix& src, vek::detail::PixelStore how);
+    // Releases this image and takes over that of `other`, sizes included,
+    // leaving `other` empty. RowProcessed and the span array stay.
+    void TakeImageFrom(CSSEMatrix& other);
+    void Elongate(int n, bool left);
 
 protected:
     int SizeX = 0;
