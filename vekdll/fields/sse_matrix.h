@@ -281,6 +281,30 @@ public:
     // below, filled with v, padding included, around the old image.
     void EmbedinValueFrame(int ny, int nx, float v);
 
+    // ---------------------------------------------------------------- area fills (sse_matrix_geometry_fill.cpp)
+    // Columns run from x0 up to but not including x1, both clamped to the
+    // field, so the last column is out of reach. Rows are handled in whole
+    // lines of four wherever possible, which makes the row bounds coarse.
+
+    // Fills the rectangle. The first and the last line are written with one
+    // vector each: lanes outside the rectangle are not preserved but take
+    // the lanes of column x0 (first line) or x1 (last line) in reverse order.
+    // Where both lines coincide the last line wins. A y1 that starts a line
+    // leaves that line alone.
+    void FillArea(int x0, int y0, int x1, int y1, float v);
+    // Fills whole lines only: from the line after (y0 >> 2) - 1 to the line
+    // before (y1 >> 2) + 1, both clamped before the step, so line 0 is never
+    // filled.
+    void FillAreaApprox(int x0, int y0, int x1, int y1, float v);
+    // A half-cylinder lying along y: column by column a circle of radius
+    // r = (x1 - x0) * width * 0.5 is sampled at t = r - step, r - 2 step, ...
+    // and sqrt(max(0, r^2 - t^2)) (negated if `negative`) is written into all
+    // lines from (y0 >> 2) - 1 to before (y1 >> 2) + 1, clamped.
+    void FillAreaZylindrical(int x0, int y0, int x1, int y1, float step, float width, bool negative);
+    // Overwrites nx columns on the left and nx + 1 on the right, and ny >> 2
+    // lines at the top and (ny >> 2) + 1 at the bottom, padding included.
+    void RemoveFrameArtefacts(int nx, int ny, float v);
+
 protected:
     // Address of pixel (x, y) without any clamp.
     float* PixelAddress(int x, int y) const
