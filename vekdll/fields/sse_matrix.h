@@ -305,6 +305,35 @@ public:
     // lines at the top and (ny >> 2) + 1 at the bottom, padding included.
     void RemoveFrameArtefacts(int nx, int ny, float v);
 
+    // ---------------------------------------------------------------- scans (sse_matrix_geometry_scan.cpp)
+    // A pixel p is a hit when it lies beyond the threshold t: below it, or
+    // above it when `above` is true. The vector scans stop at the first
+    // vector with a hit and report its lowest hitting lane.
+
+    // Column by column from 20 to SSESizeX - 21, in each column the lines
+    // from 5 to SSESizeY - 6, so a margin of 20 columns and 20 rows is never
+    // looked at. Here a pixel equal to t is a hit as well. Without a hit x
+    // and y are 0.
+    void FindFirstPoint(int& x, int& y, float t, bool above);
+    // Up column x from line SSESizeY - 2 to line 2; y is 0 without a hit or
+    // for a column outside the field.
+    void FindFirstPointLined(int x, int& y, float t, bool above);
+    // Along row y (clamped) from x0 rising to x1, or from x0 falling to x1,
+    // both inclusive; the first hit's column, or x1 without one.
+    int FindPointFromLeft(int x0, int x1, int y, float t, bool above);
+    int FindPointFromRight(int x0, int x1, int y, float t, bool above);
+    // Paints column x upward with v, four rows at a time, from line
+    // SSESizeY - 2 down to the line after (clamp(yStop) >> 2) + 1, and stops
+    // at the first line with a hit, which is left as it is: y becomes its
+    // first row. y is not touched when nothing hits, nor for a column outside
+    // the field.
+    void DrawFirstPointLined(int x, float t, bool above, float v, int& y, int yStop);
+    // The same with a mask of this field's size: a non-zero mask pixel
+    // protects its pixel, which keeps its value while the lanes around it
+    // are painted. The mask does not stop the scan, which still ends only at
+    // a hit. A mask of another size leaves the field alone.
+    void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEMatrix& mask, int yStop);
+
 protected:
     // Address of pixel (x, y) without any clamp.
     float* PixelAddress(int x, int y) const
