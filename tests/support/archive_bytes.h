@@ -4,6 +4,7 @@
 // bytes, or feed bytes to a loading function.
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "vekdll/platform/c_archive.h"
@@ -29,6 +30,28 @@ void LoadFromBytes(std::vector<BYTE> bytes, LoadFn&& load)
     CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
     CArchive ar(&file, CArchive::load);
     load(ar);
+}
+
+// Serialize of any archivable object, into bytes and back.
+template <class T>
+std::vector<BYTE> SerializeToBytes(T& object)
+{
+    return StoreToBytes([&](CArchive& ar) { object.Serialize(ar); });
+}
+
+template <class T>
+void SerializeFromBytes(T& object, std::vector<BYTE> bytes)
+{
+    LoadFromBytes(std::move(bytes), [&](CArchive& ar) { object.Serialize(ar); });
+}
+
+// Appends the bytes of one value, for archives built by hand.
+template <class T>
+void AppendBytes(std::vector<BYTE>& bytes, T value)
+{
+    const std::size_t at = bytes.size();
+    bytes.resize(at + sizeof value);
+    std::memcpy(bytes.data() + at, &value, sizeof value);
 }
 
 inline float FloatAt(const std::vector<BYTE>& bytes, std::size_t offset)

@@ -5,8 +5,10 @@
 #include "vekdll/export.h"
 #include "vekdll/fields/img_from_to_array.h"
 #include "vekdll/fields/pixel_store.h"
+#include "vekdll/platform/c_string.h"
 #include "vekdll/platform/framework_exceptions.h"
 
+class CArchive;
 class CSSEcharMatrix;
 
 // The float raster of the library: height fields, distance images and masks.
@@ -333,6 +335,18 @@ public:
     // are painted. The mask does not stop the scan, which still ends only at
     // a hit. A mask of another size leaves the field alone.
     void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEMatrix& mask, int yStop);
+
+    // ---------------------------------------------------------------- persistence (sse_matrix_archive.cpp)
+    // SizeX and SizeY as int, then every vector column by column, within a
+    // column line by line, four float lanes each, padding included. Loading
+    // re-creates the field. A size that is negative, beyond kMaxSizeY or
+    // larger than the stream still holds throws CArchiveException (badIndex)
+    // before anything is allocated, and leaves the field as it was.
+    void Serialize(CArchive& ar);
+    // false, without a message, when the file cannot be opened; the field is
+    // then unchanged. An archive that fails to load throws as Serialize does.
+    bool Load(const CString& path);
+    bool Store(const CString& path);
 
 protected:
     // Address of pixel (x, y) without any clamp.
