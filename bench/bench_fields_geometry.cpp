@@ -18,12 +18,15 @@ void CountPixels(benchmark::State& state, double pixels)
 }
 
 // A field with a value that changes in both directions, so that no blend
-// degenerates to a copy.
+// degenerates to a copy; written straight into the lines.
 void CreateRamp(CSSEMatrix& m, int sizeX, int sizeY)
 {
     m.Create(sizeX, sizeY);
-    for (int y = 0; y < sizeY; ++y)
-        for (int x = 0; x < sizeX; ++x) m.SetPoint(x, y, static_cast<float>(x % 97) + 0.25f * static_cast<float>(y % 61));
+    for (int line = 0; line < m.GetSSESizeY(); ++line) {
+        __m128* vectors = m.GetMatrixDataDirectly()[line];
+        const __m128 rows = _mm_setr_ps(0.0f, 0.25f, 0.5f, 0.75f);
+        for (int x = 0; x < sizeX; ++x) vectors[x] = _mm_add_ps(_mm_set1_ps(static_cast<float>(x % 97 + line % 15)), rows);
+    }
 }
 
 void BM_ScaleMatrix(benchmark::State& state)
@@ -80,5 +83,5 @@ BENCHMARK(BM_SerializeRoundTrip)
     ->ArgNames({"x", "y"})
     ->Args({256, 124})
     ->Args({1024, 1024})
-    ->Args({4096, 4096})
+    ->Args({2048, 2048})
     ->Unit(benchmark::kMillisecond);
