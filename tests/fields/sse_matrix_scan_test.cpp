@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fields/field_test_helpers.h"
+#include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 namespace {
@@ -143,32 +144,50 @@ TEST(CSSEMatrixScans, DrawFirstPointLinedPaintsWholeLinesUpToTheFirstHit)
     }
 }
 
-TEST(CSSEMatrixScans, TheMaskProtectsItsPixelsFromPaintingButDoesNotStopTheScan)
+void ReleasePixels(CSSEMatrix& m)
+{
+    m.FreeImageMemoryOnly();
+}
+
+void ReleasePixels(CSSEcharMatrix& m)
+{
+    m.Free();
+}
+
+// Both kinds of mask, with the same pixels set, protect the same pixels.
+template <class Mask, class Value>
+void ExpectMaskProtects(Value set, Value tiny)
 {
     CSSEMatrix m;
     MakeColumnField(m, true);
-    CSSEMatrix mask;
+    Mask mask;
     mask.Create(3, 40);
-    for (int x = 0; x < 3; ++x) mask.SetPoint(x, 25, 1.0f);
-    mask.SetPoint(1, 30, -0.001f);
-    mask.SetPoint(1, 10, 1.0f); // above the hit
+    for (int x = 0; x < 3; ++x) mask.SetPoint(x, 25, set);
+    mask.SetPoint(1, 30, tiny);
+    mask.SetPoint(1, 10, set); // above the hit
     int y = -5;
     m.DrawFirstPointLinedUseMask(1, 50000.0f, true, 7.0f, y, mask, 0);
     EXPECT_EQ(y, 16);
     ExpectPainted(m, true, 20, 40, {25, 30});
 
     // A mask of another size, or without pixels, leaves field and y alone.
-    CSSEMatrix wrong[3];
+    Mask wrong[3];
     wrong[0].Create(3, 39);
     wrong[1].Create(4, 40);
     wrong[2].Create(3, 40);
-    wrong[2].FreeImageMemoryOnly();
-    for (CSSEMatrix& other : wrong) {
+    ReleasePixels(wrong[2]);
+    for (Mask& other : wrong) {
         MakeColumnField(m, false);
         m.DrawFirstPointLinedUseMask(1, 0.0f, false, 7.0f, y, other, 0);
         EXPECT_EQ(y, 16);
         ExpectPainted(m, false, 0, 0);
     }
+}
+
+TEST(CSSEMatrixScans, TheMaskProtectsItsPixelsFromPaintingButDoesNotStopTheScan)
+{
+    ExpectMaskProtects<CSSEMatrix>(1.0f, -0.001f);
+    ExpectMaskProtects<CSSEcharMatrix>(static_cast<char>(1), static_cast<char>(-128));
 }
 
 } // namespace

@@ -330,11 +330,12 @@ public:
     // first row. y is not touched when nothing hits, nor for a column outside
     // the field.
     void DrawFirstPointLined(int x, float t, bool above, float v, int& y, int yStop);
-    // The same with a mask of this field's size: a non-zero mask pixel
-    // protects its pixel, which keeps its value while the lanes around it
-    // are painted. The mask does not stop the scan, which still ends only at
-    // a hit. A mask of another size leaves the field alone.
+    // The same with a mask of this field's size, float or byte: a non-zero
+    // mask pixel protects its pixel, which keeps its value while the lanes
+    // around it are painted. The mask does not stop the scan, which still
+    // ends only at a hit. A mask of another size leaves the field alone.
     void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEMatrix& mask, int yStop);
+    void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEcharMatrix& mask, int yStop);
 
     // ---------------------------------------------------------------- persistence (sse_matrix_archive.cpp)
     // SizeX and SizeY as int, then every vector column by column, within a

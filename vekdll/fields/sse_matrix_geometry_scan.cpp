@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
+#include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 using vek::detail::ClampIndex;
@@ -69,7 +71,26 @@ private:
     __m128* const* lines_;
 };
 
-bool MaskFits(const CSSEMatrix& field, const CSSEMatrix& mask)
+// A byte mask: the four rows of float line L are bytes 4 (L & 3) ... + 3 of
+// the vector in byte line L >> 2.
+class ByteMask {
+public:
+    explicit ByteMask(const CSSEcharMatrix& mask) : lines_(mask.GetMatrixDataDirectly()) {}
+    __m128 Protected(int line, int x) const
+    {
+        std::int32_t four;
+        std::memcpy(&four, reinterpret_cast<const char*>(lines_[line >> 2] + x) + 4 * (line & 3), sizeof four);
+        const __m128i widened = _mm_cvtepi8_epi32(_mm_cvtsi32_si128(four));
+        const __m128i unmasked = _mm_cmpeq_epi32(widened, _mm_setzero_si128());
+        return _mm_castsi128_ps(_mm_xor_si128(unmasked, _mm_set1_epi32(-1)));
+    }
+
+private:
+    __m128i* const* lines_;
+};
+
+template <class MaskField>
+bool MaskFits(const CSSEMatrix& field, const MaskField& mask)
 {
     return mask.GetMatrixDataDirectly() != nullptr && mask.GetSizeX() == field.GetSizeX() && mask.GetSizeY() == field.GetSizeY();
 }
@@ -149,4 +170,10 @@ void CSSEMatrix::DrawFirstPointLinedUseMask(int x, float t, bool above, float v,
 {
     if (!MaskFits(*this, mask)) return;
     PaintUpward(*this, x, Threshold(t, above, false), v, y, yStop, FloatMask(mask));
+}
+
+void CSSEMatrix::DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEcharMatrix& mask, int yStop)
+{
+    if (!MaskFits(*this, mask)) return;
+    PaintUpward(*this, x, Threshold(t, above, false), v, y, yStop, ByteMask(mask));
 }
