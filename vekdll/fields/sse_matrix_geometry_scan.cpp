@@ -3,10 +3,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vekdll/fields/field_lanes.h"
 #include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
 
 using vek::detail::ClampIndex;
+using vek::detail::Greater;
+using vek::detail::Less;
+using vek::detail::ReplaceLanes;
 
 // Scans for the first pixel beyond a threshold, by whole vectors where the
 // scan runs along a column.
@@ -22,9 +26,8 @@ public:
     // One bit per lane that is a hit, lane 0 in bit 0.
     int Hits(__m128 p) const
     {
-        const __m128 low = above_ ? t_ : p;
-        const __m128 high = above_ ? p : t_;
-        return _mm_movemask_ps(inclusive_ ? _mm_cmple_ps(low, high) : _mm_cmplt_ps(low, high));
+        if (inclusive_) return _mm_movemask_ps(above_ ? _mm_cmpge_ps(p, t_) : _mm_cmple_ps(p, t_));
+        return _mm_movemask_ps(above_ ? Greater::Lanes(p, t_) : Less::Lanes(p, t_));
     }
     bool IsHit(float p) const { return Hits(_mm_set1_ps(p)) != 0; }
 
@@ -56,16 +59,17 @@ int ScanRow(const CSSEMatrix& field, int x0, int x1, int row, const Threshold& t
     return x1;
 }
 
-// Every lane unprotected: the plain form paints whole vectors.
+// The masks say which lanes of vector x in a line may be painted. Without a
+// mask every lane may, and whole vectors are painted.
 struct NoMask {
-    __m128 Protected(int /*line*/, int /*x*/) const { return _mm_setzero_ps(); }
+    __m128 Paintable(int /*line*/, int /*x*/) const { return _mm_castsi128_ps(_mm_set1_epi32(-1)); }
 };
 
 // A float mask of the field's size protects the pixels where it is not 0.
 class FloatMask {
 public:
     explicit FloatMask(const CSSEMatrix& mask) : lines_(mask.GetMatrixDataDirectly()) {}
-    __m128 Protected(int line, int x) const { return _mm_cmpneq_ps(lines_[line][x], _mm_setzero_ps()); }
+    __m128 Paintable(int line, int x) const { return _mm_cmpeq_ps(lines_[line][x], _mm_setzero_ps()); }
 
 private:
     __m128* const* lines_;
@@ -76,13 +80,12 @@ private:
 class ByteMask {
 public:
     explicit ByteMask(const CSSEcharMatrix& mask) : lines_(mask.GetMatrixDataDirectly()) {}
-    __m128 Protected(int line, int x) const
+    __m128 Paintable(int line, int x) const
     {
         std::int32_t four;
         std::memcpy(&four, reinterpret_cast<const char*>(lines_[line >> 2] + x) + 4 * (line & 3), sizeof four);
         const __m128i widened = _mm_cvtepi8_epi32(_mm_cvtsi32_si128(four));
-        const __m128i unmasked = _mm_cmpeq_epi32(widened, _mm_setzero_si128());
-        return _mm_castsi128_ps(_mm_xor_si128(unmasked, _mm_set1_epi32(-1)));
+        return _mm_castsi128_ps(_mm_cmpeq_epi32(widened, _mm_setzero_si128()));
     }
 
 private:
@@ -112,7 +115,7 @@ void PaintUpward(CSSEMatrix& field, int x, const Threshold& threshold, float v, 
             y = 4 * line;
             return;
         }
-        vector = _mm_blendv_ps(value, vector, mask.Protected(line, x));
+        ReplaceLanes(vector, mask.Paintable(line, x), value);
     }
 }
 
