@@ -23,6 +23,7 @@
 #include "vekdll/foundation/time_logger.h"
 
 // raster fields
+#include "vekdll/fields/filters.h"
 #include "vekdll/fields/img_from_to_array.h"
 #include "vekdll/fields/int_vector.h"
 #include "vekdll/fields/sse_char_matrix.h"

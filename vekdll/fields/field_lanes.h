@@ -3,6 +3,7 @@
 #include <smmintrin.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "vekdll/fields/sse_matrix.h"
 
@@ -49,6 +50,19 @@ inline void ReplaceLanes(__m128& p, __m128 mask, __m128 replacement)
     if (lanes == 0) return;
     p = lanes == kAllLanes ? replacement : _mm_blendv_ps(p, replacement, mask);
 }
+
+// One row of a field as the lane layout lays it out: pixel x + 1 lies four
+// floats after pixel x. Filters that go pixel by pixel take their rows once
+// and index them by column. No clamp: y must lie in the field's storage.
+class RowOf {
+public:
+    RowOf() = default;
+    RowOf(const CSSEMatrix& m, int y) : first_(reinterpret_cast<float*>(m.GetMatrixDataDirectly()[y >> 2]) + (y & 3)) {}
+    float& operator[](int x) const { return first_[4 * static_cast<std::ptrdiff_t>(x)]; }
+
+private:
+    float* first_ = nullptr;
+};
 
 // How far a whole-field walk goes: `lines` lines of `vectors` vectors each.
 struct LineExtent {

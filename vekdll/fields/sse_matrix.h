@@ -260,7 +260,40 @@ public:
     // hit maxX and maxY are 0, minX and minY the last column and row.
     void CalcBoundingBox(int& minX, int& minY, int& maxX, int& maxY, float value, bool above) const;
 
-    // ---------------------------------------------------------------- filters and transforms (sse_matrix_filters*.cpp)
+    // ---------------------------------------------------------------- filters and transforms (sse_matrix_morphology.cpp, _smoothing, _chamfer, _thinning, _derivatives)
+    // Four-neighbourhood maximum (minimum): each inner pixel becomes the
+    // larger (smaller) of itself and its neighbours above, below, left and
+    // right. Built in a cleared temporary field, so the outermost frame and
+    // the padding become 0; a field under 3 x 3 becomes 0 altogether.
+    void SimpleMaximumFilter();
+    void SimpleMinimumFilter();
+    // CFilters::Median3x3 over the whole field: the frame is kept, the
+    // padding becomes 0.
+    void SimpleMedianFilter();
+    // From src into this field, over the lines and vectors both have: first
+    // the mean of three neighbouring columns, then, over it, the undivided
+    // sum of four rows of src, written one row down (two with `lower`). Rows
+    // that the sums don't reach keep the means, their first and last column
+    // what they held.
+    void BoxFilter(const CSSEMatrix& src, bool lower);
+    // Correlates this field with `mask` into `out`, centred on the mask; the
+    // frame that the mask can't reach keeps what `out` held (`out` is
+    // created if its size differs). Divided by the mask's absolute sum with
+    // `normalize`, unguarded against a sum of 0. An empty mask, or one at
+    // least as wide or as high as this field, changes nothing.
+    void MaskFilter(CSSEMatrix& out, const CSSEMatrix& mask, bool normalize);
+    // 3-4 chamfer distance from the pixels at 1; pixels at 0 are far away
+    // (99999.9), other values are upper bounds. In units of 3 per pixel step.
+    // A frame of 4 columns on the left, 5 on the right, one line at the top
+    // and two at the bottom is cleared to 0.
+    void Chamfer();
+    // Thins the pixels above `threshold` to a skeleton of width one, left as
+    // 1.0 on 0; the outermost frame becomes 0.
+    void ZhangSuen(float threshold);
+    // Forward first differences in place over all lanes; the last column
+    // (line) keeps its values.
+    void CalcDerivativeX();
+    void CalcDerivativeY();
 
     // ---------------------------------------------------------------- resampling and resizing (sse_matrix_geometry_scale.cpp, sse_matrix_geometry_resize.cpp)
     // Each builds the new image beside the old one and then takes it over, so
