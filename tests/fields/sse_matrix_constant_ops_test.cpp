@@ -68,17 +68,6 @@ TEST(FieldWithConstant, SignAndAmountAreArithmeticNotBitTricks)
     EXPECT_EQ(AfterOnePixel(-1.5f, [](CSSEMatrix& m) { m.ScalarMultiply(-2.0f); }), 3.0f);
 }
 
-TEST(FieldWithConstant, WholeFieldOperationsReachEveryLaneAndEveryBlock)
-{
-    // 5 x 130 spans two blocks; rows 130 and 131 are padding.
-    CSSEMatrix m;
-    m.Create(5, 130);
-    m.OffsetMatrix(2.0f);
-    m.ScalarMultiply(3.0f);
-    m.OffsetMatrixBelow(7.0f, -1.0f);
-    ExpectLanes(m, [](int, int) { return 5.0f; });
-}
-
 TEST(FieldWithConstant, ReplaceLineAboveTouchesOneClampedRow)
 {
     CSSEMatrix m;
