@@ -1,13 +1,15 @@
 // Whole-field arithmetic and filters of CSSEMatrix against a plain memcpy of
 // the same bytes. The four-lane passes (OffsetMatrix, MaximumOf,
 // CalcMinMaxValues) should run near the memcpy's rate; the filters that go
-// pixel by pixel through a neighbourhood are shown for their growth.
+// pixel by pixel through a neighbourhood (Median3x3, Chamfer) are shown for
+// their rate and growth.
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 
 #include "field_bench_support.h"
+#include "vekdll/fields/filters.h"
 #include "vekdll/fields/sse_matrix.h"
 
 namespace {
@@ -75,9 +77,44 @@ void BM_CalcMinMaxValues(benchmark::State& state)
     Report(state, StorageBytes(m));
 }
 
+void BM_Median3x3(benchmark::State& state)
+{
+    CSSEMatrix src;
+    CreateForArgs(state, src);
+    FillHeightField(src);
+    CSSEMatrix dst;
+    CreateForArgs(state, dst);
+    for (auto _ : state) {
+        CFilters::Median3x3(src, dst, 0, src.GetSizeX(), 0, src.GetSizeY());
+        benchmark::ClobberMemory();
+    }
+    Report(state, StorageBytes(src));
+}
+
+// A distance image from a sparse grid of seeds, one every 64 pixels.
+void BM_Chamfer(benchmark::State& state)
+{
+    CSSEMatrix seeds;
+    CreateForArgs(state, seeds);
+    for (int y = 0; y < seeds.GetSizeY(); y += 64)
+        for (int x = 0; x < seeds.GetSizeX(); x += 64) seeds.SetPoint(x, y, 1.0f);
+    CSSEMatrix m;
+    CreateForArgs(state, m);
+    for (auto _ : state) {
+        state.PauseTiming();
+        m.CopyFromSSEMatrix(seeds);
+        state.ResumeTiming();
+        m.Chamfer();
+        benchmark::ClobberMemory();
+    }
+    Report(state, StorageBytes(m));
+}
+
 } // namespace
 
 BENCHMARK(BM_PlainMemcpy)->Apply(FieldSizes);
 BENCHMARK(BM_OffsetMatrix)->Apply(FieldSizes);
 BENCHMARK(BM_MaximumOf)->Apply(FieldSizes);
 BENCHMARK(BM_CalcMinMaxValues)->Apply(FieldSizes);
+BENCHMARK(BM_Median3x3)->Apply(FieldSizes);
+BENCHMARK(BM_Chamfer)->Apply(FieldSizes);
