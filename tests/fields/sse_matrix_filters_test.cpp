@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "fields/field_from_rows.h"
 #include "fields/field_test_helpers.h"
+#include "vekdll/fields/filters.h"
 #include "vekdll/fields/sse_matrix.h"
 
 namespace {
@@ -140,6 +142,29 @@ TEST(FieldMaskFilter, CorrelatesCentredAndLeavesTheUnreachedFrame)
     zeroMask.Create(3, 3);
     m.MaskFilter(out, zeroMask, true);
     EXPECT_TRUE(std::isnan(out.GetPoint(2, 2)));
+}
+
+TEST(FieldFilters, FilteringAFieldIntoItselfReadsItAsItWas)
+{
+    CSSEMatrix field;
+    field.Create(9, 10);
+    FillLanes(field, [](int x, int row) { return static_cast<float>((x * 7 + row * 3) % 11); });
+    CSSEMatrix mask;
+    CreateFromRows(mask, {"121", "2-2"});
+    const auto expectInPlace = [&](const std::function<void(CSSEMatrix& in, CSSEMatrix& out)>& filter) {
+        CSSEMatrix apart;
+        apart.CopyFromSSEMatrix(field);
+        filter(field, apart);
+        CSSEMatrix inPlace;
+        inPlace.CopyFromSSEMatrix(field);
+        filter(inPlace, inPlace);
+        EXPECT_EQ(vek::test::AllLanes(inPlace), vek::test::AllLanes(apart));
+    };
+    expectInPlace([](CSSEMatrix& in, CSSEMatrix& out) { CFilters::Median3x3(in, out, 0, 9, 0, 10); });
+    expectInPlace([](CSSEMatrix& in, CSSEMatrix& out) { out.BoxFilter(in, true); });
+    // MaskFilter reads this field: `in` here. Written into a copy of it, or
+    // into itself, the frame keeps the same values.
+    expectInPlace([&](CSSEMatrix& in, CSSEMatrix& out) { in.MaskFilter(out, mask, false); });
 }
 
 TEST(FieldDerivatives, ForwardDifferencesLeaveTheLastColumnOrLine)

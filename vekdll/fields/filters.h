@@ -18,7 +18,7 @@ public:
     // the rim of the range (one pixel wide for 3 x 3, two for 5 x 5) is
     // copied from src unchanged and the inner pixels are filtered.
     // Coordinates are clamped to the fields, so a range larger than a field
-    // reads and writes its border pixels. src and dst must be two fields.
+    // reads and writes its border pixels. src and dst may be one field.
     static void Median3x3(const CSSEMatrix& src, CSSEMatrix& dst, int x0, int x1, int y0, int y1);
     static void Median5x5(const CSSEMatrix& src, CSSEMatrix& dst, int x0, int x1, int y0, int y1);
 };

@@ -60,6 +60,13 @@ void CopyRim(const CSSEMatrix& src, CSSEMatrix& dst, int width, int x0, int x1, 
 template <int Radius>
 void PartialMedian(const CSSEMatrix& src, CSSEMatrix& dst, int x0, int x1, int y0, int y1)
 {
+    // Filtering a field into itself reads it as it was.
+    if (&src == &dst) {
+        CSSEMatrix before;
+        before.CopyFromSSEMatrix(src);
+        PartialMedian<Radius>(before, dst, x0, x1, y0, y1);
+        return;
+    }
     constexpr int kSide = 2 * Radius + 1;
     constexpr std::size_t kCount = static_cast<std::size_t>(kSide) * kSide;
     dst.SetAllPixelValuesToZero();

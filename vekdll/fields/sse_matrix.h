@@ -274,13 +274,14 @@ public:
     // the mean of three neighbouring columns, then, over it, the undivided
     // sum of four rows of src, written one row down (two with `lower`). Rows
     // that the sums don't reach keep the means, their first and last column
-    // what they held.
+    // what they held. src may be this field.
     void BoxFilter(const CSSEMatrix& src, bool lower);
     // Correlates this field with `mask` into `out`, centred on the mask; the
     // frame that the mask can't reach keeps what `out` held (`out` is
     // created if its size differs). Divided by the mask's absolute sum with
     // `normalize`, unguarded against a sum of 0. An empty mask, or one at
-    // least as wide or as high as this field, changes nothing.
+    // least as wide or as high as this field, changes nothing. `out` may be
+    // this field or the mask.
     void MaskFilter(CSSEMatrix& out, const CSSEMatrix& mask, bool normalize);
     // 3-4 chamfer distance from the pixels at 1; pixels at 0 are far away
     // (99999.9), other values are upper bounds. In units of 3 per pixel step.

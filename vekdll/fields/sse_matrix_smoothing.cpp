@@ -7,6 +7,13 @@
 
 void CSSEMatrix::BoxFilter(const CSSEMatrix& src, bool lower)
 {
+    // Filtering a field into itself reads it as it was.
+    if (&src == this) {
+        CSSEMatrix before;
+        before.CopyFromSSEMatrix(*this);
+        BoxFilter(before, lower);
+        return;
+    }
     const vek::detail::LineExtent common = vek::detail::CommonExtent(*this, src);
     const int w = common.vectors;
     const int l = common.lines;
@@ -39,6 +46,15 @@ void CSSEMatrix::MaskFilter(CSSEMatrix& out, const CSSEMatrix& mask, bool normal
     if (mask.SizeX >= SizeX || mask.SizeY >= SizeY || mask.SizeX < 1 || mask.SizeY < 1) return;
     // An out of the right size keeps its contents in the frame the mask
     // doesn't reach.
+    if (&out == this || &out == &mask) {
+        // Written into this field or the mask itself: computed aside from
+        // the inputs as they were, into what out held.
+        CSSEMatrix result;
+        result.CopyFromSSEMatrix(out);
+        MaskFilter(result, mask, normalize);
+        out.CopyFromSSEMatrix(result);
+        return;
+    }
     if (out.SizeX != SizeX || out.SizeY != SizeY || out.MatrixData == nullptr) out.Create(SizeX, SizeY);
 
     const float absSum = mask.CalcAbsSum();
