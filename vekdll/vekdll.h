@@ -41,6 +41,14 @@
 #include "vekdll/polygons/sse_2d_polygon.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
+// planar construction
+#include "vekdll/planar/basis_fcns.h"
+#include "vekdll/planar/convex_hull_2d.h"
+#include "vekdll/planar/convex_hull_3d.h"
+#include "vekdll/planar/hull_records.h"
+#include "vekdll/planar/planar_records.h"
+#include "vekdll/planar/polygon_triangulator.h"
+
 // classifier
 #include "vekdll/classifier/bayes_klassifikator.h"
 #include "vekdll/classifier/f_matrix.h"
