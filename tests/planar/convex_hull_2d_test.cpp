@@ -24,11 +24,16 @@ struct Xyz {
     bool operator==(const Xyz&) const = default;
 };
 
+void Fill(CSSE3dPolygon& polygon, const std::vector<Xyz>& points)
+{
+    polygon.Create(static_cast<int>(points.size()));
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y, points[i].z);
+}
+
 std::vector<Xyz> HullOf(const std::vector<Xyz>& points)
 {
     CSSE3dPolygon source;
-    source.Create(static_cast<int>(points.size()));
-    for (int i = 0; i < static_cast<int>(points.size()); ++i) source.SetPoint(i, points[i].x, points[i].y, points[i].z);
+    Fill(source, points);
     CHConvexHull2D hull(&source);
     CSSE3dPolygon out;
     hull.ObtainConvexHull3D(&out);
@@ -75,8 +80,7 @@ TEST(CHConvexHull2D, SquareLosesItsCentreAndEdgePointsAndRunsBothWays)
     EXPECT_EQ(HullOf(points), (std::vector<Xyz>{{0, 0, 6}, {10, 0, 5}, {10, 10, 1}, {0, 10, 3}}));
 
     CSSE3dPolygon source;
-    source.Create(static_cast<int>(points.size()));
-    for (int i = 0; i < static_cast<int>(points.size()); ++i) source.SetPoint(i, points[i].x, points[i].y, points[i].z);
+    Fill(source, points);
     CHConvexHull2D hull(&source);
     CSSE2dPolygon planar;
     hull.ObtainConvexHull2D(&planar);

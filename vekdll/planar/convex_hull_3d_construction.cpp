@@ -105,26 +105,18 @@ tFaceStructure* CHConvexHull3D::MakeFace(tVertexStructure* p, tVertexStructure* 
 {
     // The back face of a double triangle reuses the front face's edges, in
     // reverse order.
-    tEdgeStructure* e0 = fold != nullptr ? fold->Edge[2] : MakeNullEdge();
-    tEdgeStructure* e1 = fold != nullptr ? fold->Edge[1] : MakeNullEdge();
-    tEdgeStructure* e2 = fold != nullptr ? fold->Edge[0] : MakeNullEdge();
-    e0->EndPoint[0] = p;
-    e0->EndPoint[1] = q;
-    e1->EndPoint[0] = q;
-    e1->EndPoint[1] = r;
-    e2->EndPoint[0] = r;
-    e2->EndPoint[1] = p;
-
+    tVertexStructure* const corners[3] = {p, q, r};
+    tEdgeStructure* const edges[3] = {fold != nullptr ? fold->Edge[2] : MakeNullEdge(),
+                                      fold != nullptr ? fold->Edge[1] : MakeNullEdge(),
+                                      fold != nullptr ? fold->Edge[0] : MakeNullEdge()};
     tFaceStructure* f = MakeNullFace();
-    f->Edge[0] = e0;
-    f->Edge[1] = e1;
-    f->Edge[2] = e2;
-    f->Vertex[0] = p;
-    f->Vertex[1] = q;
-    f->Vertex[2] = r;
-    e0->AdjacentFace[0] = f;
-    e1->AdjacentFace[0] = f;
-    e2->AdjacentFace[0] = f;
+    for (int i = 0; i < 3; ++i) {
+        edges[i]->EndPoint[0] = corners[i];
+        edges[i]->EndPoint[1] = corners[(i + 1) % 3];
+        f->Edge[i] = edges[i];
+        f->Vertex[i] = corners[i];
+        edges[i]->AdjacentFace[0] = f;
+    }
     return f;
 }
 

@@ -52,15 +52,21 @@ void CHPolygonTriangulator::Prepare(int sourcePoints, int step, float scaleX, fl
     DiagonalArray = static_cast<t_hdiagonal*>(SafeCalloc(NumVertices, sizeof(t_hdiagonal)));
 }
 
-void CHPolygonTriangulator::GetValuesFrom2DPolygon()
+template <class ReadXY>
+void CHPolygonTriangulator::FillVertices(ReadXY readXY)
 {
     for (int i = 0; i < NumVertices; ++i) {
         float x = 0.0f;
         float y = 0.0f;
-        Polygon2D->GetPoint(i * Step, x, y);
+        readXY(i * Step, x, y);
         VertexArray[i].Point.x = x * ScaleX;
         VertexArray[i].Point.y = y * ScaleY;
     }
+}
+
+void CHPolygonTriangulator::GetValuesFrom2DPolygon()
+{
+    FillVertices([this](int i, float& x, float& y) { Polygon2D->GetPoint(i, x, y); });
 }
 
 void CHPolygonTriangulator::Create2DPolygonFrom3DPolygon()
@@ -68,13 +74,7 @@ void CHPolygonTriangulator::Create2DPolygonFrom3DPolygon()
     // The box is refreshed for later readers of the source; the vertices
     // don't depend on it.
     Polygon3D->CalcBoundingBox();
-    for (int i = 0; i < NumVertices; ++i) {
-        float x = 0.0f;
-        float y = 0.0f;
-        Polygon3D->GetPointXY(i * Step, x, y);
-        VertexArray[i].Point.x = x * ScaleX;
-        VertexArray[i].Point.y = y * ScaleY;
-    }
+    FillVertices([this](int i, float& x, float& y) { Polygon3D->GetPointXY(i, x, y); });
 }
 
 void CHPolygonTriangulator::LinkRing()

@@ -64,6 +64,9 @@ protected:
 private:
     // Stores the arguments and allocates the arrays for m vertices.
     void Prepare(int sourcePoints, int step, float scaleX, float scaleY, bool startBehindHead);
+    // Vertex i from source point i * Step, read by readXY(index, x, y), scaled.
+    template <class ReadXY>
+    void FillVertices(ReadXY readXY);
     void LinkRing();
     t_hvertex* FindEar() const;
     void ClipEar(t_hvertex* tip);
