@@ -29,7 +29,7 @@ void CHConvexHull3D::CleanEdges()
         e->AdjacentFace[visibleSide] = e->NewFace;
         e->NewFace = nullptr;
     });
-    vek::detail::RemoveMarked(
+    vek::detail::RemoveMarkedFromRing(
         Edges, [](const tEdgeStructure* e) { return e->Delete; },
         [this](tEdgeStructure* e) {
             LooseVertices.push_back(e->EndPoint[0]);
@@ -40,7 +40,7 @@ void CHConvexHull3D::CleanEdges()
 
 void CHConvexHull3D::CleanFaces()
 {
-    vek::detail::RemoveMarked(
+    vek::detail::RemoveMarkedFromRing(
         Faces, [](const tFaceStructure* f) { return f->Visible; }, [this](tFaceStructure* f) { DeleteFace(f); });
 }
 

@@ -6,48 +6,48 @@
 
 tVertexStructure* CHConvexHull3D::MakeNullVertex()
 {
-    return vek::detail::AppendNew(Vertices);
+    return vek::detail::AppendNewToRing(Vertices);
 }
 
 tEdgeStructure* CHConvexHull3D::MakeNullEdge()
 {
-    return vek::detail::AppendNew(Edges);
+    return vek::detail::AppendNewToRing(Edges);
 }
 
 tFaceStructure* CHConvexHull3D::MakeNullFace()
 {
-    return vek::detail::AppendNew(Faces);
+    return vek::detail::AppendNewToRing(Faces);
 }
 
 void CHConvexHull3D::AddVertex(tVertexStructure* v)
 {
-    vek::detail::LinkAtEnd(Vertices, v);
+    vek::detail::LinkAtRingEnd(Vertices, v);
 }
 
 void CHConvexHull3D::AddEdge(tEdgeStructure* e)
 {
-    vek::detail::LinkAtEnd(Edges, e);
+    vek::detail::LinkAtRingEnd(Edges, e);
 }
 
 void CHConvexHull3D::AddFace(tFaceStructure* f)
 {
-    vek::detail::LinkAtEnd(Faces, f);
+    vek::detail::LinkAtRingEnd(Faces, f);
 }
 
 void CHConvexHull3D::DeleteVertex(tVertexStructure* v)
 {
-    vek::detail::Unlink(Vertices, v);
+    vek::detail::UnlinkFromRing(Vertices, v);
     FreeVertex(v);
 }
 
 void CHConvexHull3D::DeleteEdge(tEdgeStructure* e)
 {
-    vek::detail::UnlinkAndRelease(Edges, e);
+    vek::detail::ReleaseFromRing(Edges, e);
 }
 
 void CHConvexHull3D::DeleteFace(tFaceStructure* f)
 {
-    vek::detail::UnlinkAndRelease(Faces, f);
+    vek::detail::ReleaseFromRing(Faces, f);
 }
 
 void CHConvexHull3D::FreeVertex(tVertexStructure* v)

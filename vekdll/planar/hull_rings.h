@@ -10,7 +10,7 @@ namespace vek::detail {
 
 // Puts `node` last, just before the entry; the entry stays.
 template <class Node>
-void LinkAtEnd(Node*& head, Node* node)
+void LinkAtRingEnd(Node*& head, Node* node)
 {
     if (head == nullptr) {
         head = node;
@@ -27,7 +27,7 @@ void LinkAtEnd(Node*& head, Node* node)
 // Takes `node` out; an entry that goes moves on to its successor. The node
 // keeps its own links, so a walk may still step from it.
 template <class Node>
-void Unlink(Node*& head, Node* node)
+void UnlinkFromRing(Node*& head, Node* node)
 {
     if (head == nullptr) return;
     if (head == head->Next) {
@@ -41,17 +41,17 @@ void Unlink(Node*& head, Node* node)
 
 // A zeroed record, put last in the ring.
 template <class Node>
-Node* AppendNew(Node*& head)
+Node* AppendNewToRing(Node*& head)
 {
     auto* node = static_cast<Node*>(SafeCalloc(1, sizeof(Node)));
-    LinkAtEnd(head, node);
+    LinkAtRingEnd(head, node);
     return node;
 }
 
 template <class Node>
-void UnlinkAndRelease(Node*& head, Node* node)
+void ReleaseFromRing(Node*& head, Node* node)
 {
-    Unlink(head, node);
+    UnlinkFromRing(head, node);
     SafeFree(node);
 }
 
@@ -100,7 +100,7 @@ Node* FindInRing(Node* head, Match match)
 // which must unlink it from the ring named by `head` (moving the entry if it
 // goes) and release it.
 template <class Node, class Marked, class Remove>
-void RemoveMarked(Node*& head, Marked marked, Remove remove)
+void RemoveMarkedFromRing(Node*& head, Marked marked, Remove remove)
 {
     while (head != nullptr && marked(head)) remove(head);
     if (head == nullptr) return;
@@ -114,7 +114,7 @@ void RemoveMarked(Node*& head, Marked marked, Remove remove)
 template <class Node>
 void ReleaseRing(Node*& head)
 {
-    while (head != nullptr) UnlinkAndRelease(head, head->Prev);
+    while (head != nullptr) ReleaseFromRing(head, head->Prev);
 }
 
 } // namespace vek::detail
