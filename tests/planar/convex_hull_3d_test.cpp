@@ -334,11 +334,39 @@ TEST(CHConvexHull3D, FlatInputEndsThroughTheExitHook)
     EXPECT_THROW(square.CalcConvexHull(), ExitCalled);
 }
 
+TEST(CHConvexHull3D, FarCoordinatesStayExact)
+{
+    // Products of three differences near 10^15 need 150 bits; the hull
+    // must still see the point beyond the slanted face and drop the one inside.
+    const float far = 1e15f;
+    const float tenth = 1e14f;
+    CHConvexHull3D hull;
+    hull.AppendVertex3D(0, 0, 0, 1.0f);
+    hull.AppendVertex3D(far, 0, 0, 1.0f);
+    hull.AppendVertex3D(0, far, 0, 1.0f);
+    hull.AppendVertex3D(0, 0, far, 1.0f);
+    hull.AppendVertex3D(tenth, tenth, tenth, 1.0f);
+    hull.AppendVertex3D(4 * tenth, 4 * tenth, 3 * tenth, 1.0f);
+    hull.CalcConvexHull();
+    EXPECT_EQ(hull.GetNumFaces(), 6);
+    std::set<Grid> corners;
+    for (tFaceStructure* f : FacesOf(hull)) {
+        for (int i = 0; i < 3; ++i) corners.insert(Corner(f, i));
+    }
+    const auto grid = [](float v) { return static_cast<long long>(static_cast<double>(v) + 0.5); };
+    const std::set<Grid> expected{{0, 0, 0},
+                                  {grid(far), 0, 0},
+                                  {0, grid(far), 0},
+                                  {0, 0, grid(far)},
+                                  {grid(4 * tenth), grid(4 * tenth), grid(3 * tenth)}};
+    EXPECT_EQ(corners, expected);
+}
+
 TEST(CHConvexHull3D, WildCoordinatesNeitherCrashNorHang)
 {
-    // Far outside the exact range the grid products wrap and the
-    // orientation tests contradict each other; the construction must still
-    // come to an end, or to the exit hook.
+    // Infinities, not-a-numbers and coordinates beyond the 64-bit grid all
+    // land somewhere on it; the construction must come to an end there, or
+    // to the exit hook.
     ExitThrows exitThrows;
     const float wild[] = {1e30f, -1e30f, std::nanf(""), 1e19f, -1e19f, 3e9f, 1e6f, 0.0f, 1.0f, -7e15f};
     std::mt19937 random(4242);

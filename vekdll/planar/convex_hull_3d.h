@@ -11,11 +11,10 @@
 // structure of three rings, vertices, edges and faces, each face's corners
 // counter-clockwise seen from outside.
 //
-// The tests multiply three coordinate differences, so they are exact while
-// grid coordinates stay within about a million in magnitude (for lifted
-// points, whose height is a square, within about 3000 units of the plane).
-// Beyond that the products wrap around and the hull may come out wrong,
-// though the construction still ends.
+// The orientation tests are exact for any grid points. Input is rounded to
+// the nearest grid point; a lifted point's height, the sum of two squares,
+// wraps around beyond about 200 million units from the origin, and the
+// point then no longer lies on the paraboloid.
 //
 // Use: any number of AppendVertex3D or AppendVertex2D calls, then one
 // CalcConvexHull, then read the faces. Afterwards only the vertices on the

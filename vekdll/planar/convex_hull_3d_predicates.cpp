@@ -3,43 +3,23 @@
 #include "vekdll/planar/convex_hull_3d.h"
 
 #include "vekdll/planar/grid_arithmetic.h"
+#include "vekdll/planar/grid_predicates.h"
 #include "vekdll/planar/hull_rings.h"
-
-using vek::detail::GridAdd;
-using vek::detail::GridMul;
-using vek::detail::GridSub;
 
 void CHConvexHull3D::SubVec(const long long a[3], const long long b[3], long long c[3])
 {
-    for (int i = 0; i < 3; ++i) c[i] = GridSub(a[i], b[i]);
+    for (int i = 0; i < 3; ++i) c[i] = vek::detail::GridSub(a[i], b[i]);
 }
 
 int CHConvexHull3D::VolumeSign(tFaceStructure* f, tVertexStructure* p)
 {
-    long long a[3];
-    long long b[3];
-    long long c[3];
-    SubVec(f->Vertex[0]->Coordinate, p->Coordinate, a);
-    SubVec(f->Vertex[1]->Coordinate, p->Coordinate, b);
-    SubVec(f->Vertex[2]->Coordinate, p->Coordinate, c);
-    const long long volume =
-        GridAdd(GridAdd(GridMul(a[0], GridSub(GridMul(b[1], c[2]), GridMul(b[2], c[1]))),
-                        GridMul(a[1], GridSub(GridMul(b[2], c[0]), GridMul(b[0], c[2])))),
-                GridMul(a[2], GridSub(GridMul(b[0], c[1]), GridMul(b[1], c[0]))));
-    if (volume > 0) return 1;
-    if (volume < 0) return -1;
-    return 0;
+    return vek::detail::GridVolumeSign(f->Vertex[0]->Coordinate, f->Vertex[1]->Coordinate, f->Vertex[2]->Coordinate,
+                                       p->Coordinate);
 }
 
 bool CHConvexHull3D::Collinear(tVertexStructure* a, tVertexStructure* b, tVertexStructure* c)
 {
-    long long ab[3];
-    long long ac[3];
-    SubVec(b->Coordinate, a->Coordinate, ab);
-    SubVec(c->Coordinate, a->Coordinate, ac);
-    return GridSub(GridMul(ab[1], ac[2]), GridMul(ab[2], ac[1])) == 0 &&
-           GridSub(GridMul(ab[2], ac[0]), GridMul(ab[0], ac[2])) == 0 &&
-           GridSub(GridMul(ab[0], ac[1]), GridMul(ab[1], ac[0])) == 0;
+    return vek::detail::GridCollinear(a->Coordinate, b->Coordinate, c->Coordinate);
 }
 
 bool CHConvexHull3D::Checks()

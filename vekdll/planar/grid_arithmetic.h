@@ -1,9 +1,8 @@
 #pragma once
 
-// Arithmetic on the spatial hull's 64-bit integer grid. It is exact within
-// the range the grid is meant for; beyond it, sums and products wrap around
-// as the processor's do, rather than being undefined, so that wild input
-// gives wrong orientations but never undefined behaviour.
+// Plain arithmetic on the spatial hull's 64-bit integer grid, for lifting
+// points and for derived classes. Beyond the 64-bit range sums and products
+// wrap around as the processor's do, rather than being undefined.
 
 #include <cstdint>
 
