@@ -16,6 +16,7 @@
 #include <map>
 #include <random>
 
+#include "smoke_run.h"
 #include "vekdll/surface/incremental_delaunay.h"
 
 namespace {
@@ -65,8 +66,7 @@ void BM_TriangulateUniform(benchmark::State& state)
 void Sizes(benchmark::internal::Benchmark* bench)
 {
     bench->Arg(1 << 10)->Arg(1 << 12);
-    const char* smoke = std::getenv("VEKDLL_BENCH_SMOKE");
-    if (smoke == nullptr || smoke[0] != '1') bench->Arg(1 << 14);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(1 << 14);
     const char* large = std::getenv("VEKDLL_BENCH_LARGE");
     if (large != nullptr && large[0] == '1') bench->Arg(1 << 16);
     bench->Unit(benchmark::kMillisecond);

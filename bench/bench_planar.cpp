@@ -7,6 +7,7 @@
 #include <cmath>
 #include <random>
 
+#include "smoke_run.h"
 #include "vekdll/planar/convex_hull_2d.h"
 #include "vekdll/planar/convex_hull_3d.h"
 #include "vekdll/planar/polygon_triangulator.h"
@@ -90,6 +91,21 @@ void BM_ConvexHull3D(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_EarClipping)->Arg(1 << 10)->Arg(1 << 12)->Arg(1 << 14)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ConvexHull2D)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ConvexHull3D)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+// The smoke run keeps the smallest size of each: the larger ones take seconds.
+void EarClippingSizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(1 << 10);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(1 << 12)->Arg(1 << 14);
+    bench->Unit(benchmark::kMillisecond);
+}
+
+void HullSizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(10000);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(100000);
+    bench->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(BM_EarClipping)->Apply(EarClippingSizes);
+BENCHMARK(BM_ConvexHull2D)->Apply(HullSizes);
+BENCHMARK(BM_ConvexHull3D)->Apply(HullSizes);

@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 
+#include "smoke_run.h"
 #include "vekdll/fields/sse_matrix.h"
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/scan_workers.h"
@@ -141,8 +142,7 @@ void BM_FastScanConvertTriangulation(benchmark::State& state)
 void Sizes(benchmark::internal::Benchmark* bench)
 {
     bench->Arg(10'000)->Arg(100'000);
-    const char* smoke = std::getenv("VEKDLL_BENCH_SMOKE");
-    if (smoke == nullptr || smoke[0] != '1') bench->Arg(1'000'000);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(1'000'000);
     bench->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
