@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "vekdll/fields/pixel_store.h"
 #include "vekdll/fields/sse_matrix.h"
@@ -41,6 +42,15 @@ LineRange LinesAround(int y, int h, int numEntries)
 CImgFromToArray::~CImgFromToArray()
 {
     FreeArray();
+}
+
+CImgFromToArray& CImgFromToArray::operator=(CImgFromToArray&& other) noexcept
+{
+    if (this == &other) return *this;
+    FreeArray();
+    Array = std::exchange(other.Array, nullptr);
+    NumEntries = std::exchange(other.NumEntries, 0);
+    return *this;
 }
 
 void CImgFromToArray::AllocArray(int sizeY)

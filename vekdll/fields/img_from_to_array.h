@@ -31,6 +31,8 @@ public:
     // so it is not offered.
     CImgFromToArray(const CImgFromToArray&) = delete;
     CImgFromToArray& operator=(const CImgFromToArray& other) = default;
+    // Releases this array and takes over that of `other`, which is left empty.
+    CImgFromToArray& operator=(CImgFromToArray&& other) noexcept;
 
     // Finds the changing span of every line of `m` that holds image rows,
     // looking at columns `left` to `right` (clamped to the field). A line

@@ -43,9 +43,13 @@ public:
     // Assignment copies every member as it stands, pointers included, like
     // that of CSSEMatrix: both objects then share blocks and line table, and
     // the destination's own image (if any) is not released. It serves for
-    // moving a field whose source is forgotten afterwards, for instance by
-    // assigning an empty field to it. The copy constructor is the deep copy.
+    // moving a field whose source is forgotten afterwards (never used nor
+    // destroyed again). The copy constructor is the deep copy.
     CSSEcharMatrix& operator=(const CSSEcharMatrix& other) = default;
+    // Moving is the safe form of that use: the destination releases its own
+    // image and takes over that of `other`, which is left without one.
+    CSSEcharMatrix(CSSEcharMatrix&& other) noexcept;
+    CSSEcharMatrix& operator=(CSSEcharMatrix&& other) noexcept;
 
     // Allocates sizeX x sizeY with every byte 0, padding included. Any old
     // image is released first. Throws CInvalidArgException, leaving the field

@@ -78,6 +78,20 @@ void CSSEcharMatrix::ClearRow(int y, unsigned char v)
     for (int x = 0; x < SizeX; ++x) *PixelAddress(x, row) = static_cast<char>(v);
 }
 
+CSSEcharMatrix::CSSEcharMatrix(CSSEcharMatrix&& other) noexcept
+{
+    *this = std::move(other);
+}
+
+CSSEcharMatrix& CSSEcharMatrix::operator=(CSSEcharMatrix&& other) noexcept
+{
+    if (this == &other) return *this;
+    Free();
+    SwapImage(other);
+    LastCorrelationError = other.LastCorrelationError;
+    return *this;
+}
+
 void CSSEcharMatrix::SwapImage(CSSEcharMatrix& other)
 {
     std::swap(MatrixData, other.MatrixData);

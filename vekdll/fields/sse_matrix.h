@@ -39,12 +39,18 @@ public:
     // Assignment copies every member as it stands, pointers included: both
     // objects then share blocks, line table and span array, and the
     // destination's own image (if any) is not released. It serves for moving
-    // a field whose source is forgotten afterwards (for instance by assigning
-    // an empty field to it). CopyFromSSEMatrix is the deep copy. A copy
+    // a field whose source is forgotten afterwards (never used nor destroyed
+    // again). CopyFromSSEMatrix is the deep copy. A copy
     // constructor would create a second owner implicitly, on every pass by
     // value, so there is none.
     CSSEMatrix(const CSSEMatrix&) = delete;
     CSSEMatrix& operator=(const CSSEMatrix& other) = default;
+    // Moving is the safe form of that use: the destination releases its own
+    // image and span array and takes over those of `other`, which is left
+    // empty (as after Reset). So a field can be returned from a function and
+    // assigned from a temporary without two owners of one image.
+    CSSEMatrix(CSSEMatrix&& other) noexcept;
+    CSSEMatrix& operator=(CSSEMatrix&& other) noexcept;
 
     // Allocates a field of sizeX x sizeY with every lane 0. Any old image is
     // released first, whatever its size. Throws CInvalidArgException, leaving

@@ -1,5 +1,7 @@
 #include "vekdll/fields/sse_matrix.h"
 
+#include <utility>
+
 #include "vekdll/fields/line_blocks.h"
 #include "vekdll/platform/framework_exceptions.h"
 
@@ -8,6 +10,21 @@ static_assert(CSSEMatrix::kLinesPerField == vek::detail::kLinesPerBlock && CSSEM
 CSSEMatrix::~CSSEMatrix()
 {
     FreeImageMemoryOnly();
+}
+
+CSSEMatrix::CSSEMatrix(CSSEMatrix&& other) noexcept
+{
+    *this = std::move(other);
+}
+
+CSSEMatrix& CSSEMatrix::operator=(CSSEMatrix&& other) noexcept
+{
+    if (this == &other) return *this;
+    const int rowProcessed = other.RowProcessed;
+    TakeImageFrom(other); // leaves `other` as after Reset
+    RowProcessed = rowProcessed;
+    FromToArray = std::move(other.FromToArray);
+    return *this;
 }
 
 void CSSEMatrix::Create(int sizeX, int sizeY)

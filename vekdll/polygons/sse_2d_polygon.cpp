@@ -1,5 +1,7 @@
 #include "vekdll/polygons/sse_2d_polygon.h"
 
+#include <utility>
+
 #include "vekdll/polygons/polygon_blocks.h"
 #include "vekdll/polygons/polygon_scans.h"
 
@@ -16,6 +18,19 @@ CSSE2dPolygon::~CSSE2dPolygon()
 }
 
 CSSE2dPolygon& CSSE2dPolygon::operator=(const CSSE2dPolygon& other) = default;
+
+CSSE2dPolygon::CSSE2dPolygon(CSSE2dPolygon&& other) noexcept : CSSE2dPolygon()
+{
+    *this = std::move(other);
+}
+
+CSSE2dPolygon& CSSE2dPolygon::operator=(CSSE2dPolygon&& other) noexcept
+{
+    std::swap(PointsX, other.PointsX);
+    std::swap(PointsY, other.PointsY);
+    std::swap(NumPoints, other.NumPoints);
+    return *this;
+}
 
 void CSSE2dPolygon::Create(int numPoints)
 {

@@ -12,6 +12,9 @@ public:
     ~CSSE2dPolygon();
     // Shallow, as for the spatial polygon: both objects then share the arrays.
     CSSE2dPolygon& operator=(const CSSE2dPolygon& other);
+    // Moving exchanges the arrays, so that each is released once.
+    CSSE2dPolygon(CSSE2dPolygon&& other) noexcept;
+    CSSE2dPolygon& operator=(CSSE2dPolygon&& other) noexcept;
 
     void Create(int numPoints);
     // Releases the arrays; the count keeps its value.

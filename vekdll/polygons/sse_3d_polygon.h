@@ -29,6 +29,11 @@ public:
     // Shallow: afterwards both objects own the same arrays and box block, so
     // only one of them may be destroyed.
     CSSE3dPolygon& operator=(const CSSE3dPolygon& other);
+    // Moving exchanges the two objects' arrays and box blocks, so that each
+    // is released once: a polygon can be returned from a function and
+    // assigned from a temporary.
+    CSSE3dPolygon(CSSE3dPolygon&& other);
+    CSSE3dPolygon& operator=(CSSE3dPolygon&& other) noexcept;
 
     void Create(int numPoints);
     // x, y and z of every point, the box points and the box flag of `src`.
@@ -145,6 +150,7 @@ public:
 private:
     bool InRange(int i) const { return i >= 0 && i < NumPoints; }
     void AllocateBoxBlock();
+    void SwapWith(CSSE3dPolygon& other) noexcept;
     // Releases the six arrays whatever the count says, so that the zero-size
     // arrays of an empty polygon don't outlive it.
     void ReleaseArrays();

@@ -1,6 +1,7 @@
 // Life of a polygon: construction, the arrays, the box block and copies.
 
 #include <cstring>
+#include <utility>
 
 #include "vekdll/pixelchains/pixel_chain.h"
 #include "vekdll/polygons/polygon_blocks.h"
@@ -68,6 +69,34 @@ CSSE3dPolygon::~CSSE3dPolygon()
 }
 
 CSSE3dPolygon& CSSE3dPolygon::operator=(const CSSE3dPolygon& other) = default;
+
+CSSE3dPolygon::CSSE3dPolygon(CSSE3dPolygon&& other) : CSSE3dPolygon()
+{
+    SwapWith(other);
+}
+
+CSSE3dPolygon& CSSE3dPolygon::operator=(CSSE3dPolygon&& other) noexcept
+{
+    SwapWith(other);
+    return *this;
+}
+
+void CSSE3dPolygon::SwapWith(CSSE3dPolygon& other) noexcept
+{
+    std::swap(PointsX, other.PointsX);
+    std::swap(PointsY, other.PointsY);
+    std::swap(PointsZ, other.PointsZ);
+    std::swap(NormalizedX, other.NormalizedX);
+    std::swap(NormalizedY, other.NormalizedY);
+    std::swap(NormalizedZ, other.NormalizedZ);
+    std::swap(NumPoints, other.NumPoints);
+    std::swap(TopRight, other.TopRight);
+    std::swap(BottomLeft, other.BottomLeft);
+    std::swap(TopRight2D, other.TopRight2D);
+    std::swap(BottomLeft2D, other.BottomLeft2D);
+    std::swap(GeometricCenter, other.GeometricCenter);
+    std::swap(BoundingBoxCalculated, other.BoundingBoxCalculated);
+}
 
 void CSSE3dPolygon::AllocateBoxBlock()
 {
