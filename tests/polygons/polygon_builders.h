@@ -1,10 +1,11 @@
 #pragma once
 
-// Building polygons from point lists for the polygon tests.
+// Polygons from point lists, and their points back, for the polygon tests.
 
 #include <ostream>
 #include <vector>
 
+#include "support/sse_lanes.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace vek::test {
@@ -15,36 +16,6 @@ struct Xyz {
     float z;
 };
 
-inline void Fill(CSSE3dPolygon& polygon, const std::vector<Xyz>& points)
-{
-    polygon.Create(static_cast<int>(points.size()));
-    for (int i = 0; i < static_cast<int>(points.size()); ++i) {
-        polygon.SetPoint(i, points[i].x, points[i].y, points[i].z);
-    }
-}
-
-inline Xyz PointOf(const CSSE3dPolygon& polygon, int i)
-{
-    Xyz p{-7.0f, -7.0f, -7.0f};
-    polygon.GetPoint(i, p.x, p.y, p.z);
-    return p;
-}
-
-inline SSEPoint Sse(float x, float y, float z)
-{
-    SSEPoint p;
-    p.sse = _mm_setr_ps(x, y, z, 0.0f);
-    return p;
-}
-
-// Points along the x axis at x = 0, 1, 2, ..., with y and z 0.
-inline std::vector<Xyz> Row(int count)
-{
-    std::vector<Xyz> points;
-    for (int i = 0; i < count; ++i) points.push_back({static_cast<float>(i), 0.0f, 0.0f});
-    return points;
-}
-
 inline bool operator==(const Xyz& a, const Xyz& b)
 {
     return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -53,6 +24,35 @@ inline bool operator==(const Xyz& a, const Xyz& b)
 inline std::ostream& operator<<(std::ostream& os, const Xyz& p)
 {
     return os << '(' << p.x << ", " << p.y << ", " << p.z << ')';
+}
+
+inline void Fill(CSSE3dPolygon& polygon, const std::vector<Xyz>& points)
+{
+    polygon.Create(static_cast<int>(points.size()));
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y, points[i].z);
+}
+
+// -7 in each coordinate that the read leaves alone.
+inline Xyz PointOf(const CSSE3dPolygon& polygon, int i)
+{
+    Xyz p{-7.0f, -7.0f, -7.0f};
+    polygon.GetPoint(i, p.x, p.y, p.z);
+    return p;
+}
+
+inline std::vector<Xyz> PointsOf(const CSSE3dPolygon& polygon)
+{
+    std::vector<Xyz> points;
+    for (int i = 0; i < polygon.GetNumPoints(); ++i) points.push_back(PointOf(polygon, i));
+    return points;
+}
+
+// Points along the x axis at x = 0, 1, 2, ..., with y and z 0.
+inline std::vector<Xyz> Row(int count)
+{
+    std::vector<Xyz> points;
+    for (int i = 0; i < count; ++i) points.push_back({static_cast<float>(i), 0.0f, 0.0f});
+    return points;
 }
 
 } // namespace vek::test

@@ -1,104 +1,66 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "support/unowned_alias.h"
 #include "vekdll/polygons/sse_2d_polygon.h"
 
 namespace {
 
-void FillRow(CSSE2dPolygon& polygon, int count)
+void Fill(CSSE2dPolygon& polygon, const std::vector<std::pair<float, float>>& points)
 {
-    polygon.Create(count);
-    for (int i = 0; i < count; ++i) polygon.SetPoint(i, static_cast<float>(i), 100.0f - i);
+    polygon.Create(static_cast<int>(points.size()));
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].first, points[i].second);
 }
 
-TEST(CSSE2dPolygon, PointsOutOfRangeAreDroppedAlsoAfterFree)
+TEST(CSSE2dPolygon, AssignmentSharesMovesExchangeAndFreeKeepsTheCountButDropsThePoints)
 {
     CSSE2dPolygon polygon;
-    EXPECT_EQ(polygon.GetNumPoints(), 0);
-    polygon.Create(3);
-    polygon.SetPoint(2, 5, 6);
-    polygon.SetPoint(3, 7, 8);
-    t_h2dpoint p{-1, -1};
-    polygon.GetPoint(2, p);
-    EXPECT_EQ(p.x, 5);
-    EXPECT_EQ(p.y, 6);
-    float x = -1, y = -1;
-    polygon.GetPoint(3, x, y);
-    polygon.GetPoint(-1, x, y);
-    EXPECT_EQ(x, -1);
-    EXPECT_EQ(y, -1);
-
-    // Free releases the arrays but keeps the count; reads find nothing.
-    polygon.Free();
-    EXPECT_EQ(polygon.GetNumPoints(), 3);
-    polygon.GetPoint(2, x, y);
-    polygon.SetPoint(2, 1, 1);
-    EXPECT_EQ(x, -1);
-    EXPECT_EQ(polygon.ClosestPointX(0), -1);
-    EXPECT_EQ(polygon.CalcArea(), 0.0f);
-}
-
-TEST(CSSE2dPolygon, AssignmentSharesTheArrays)
-{
-    CSSE2dPolygon source;
-    FillRow(source, 4);
-    vek::test::UnownedAlias<CSSE2dPolygon> alias; // only `source` releases the arrays
-    *alias = source;
+    Fill(polygon, {{0, 0}, {1, 1}, {2, 2}});
+    vek::test::UnownedAlias<CSSE2dPolygon> alias; // only `polygon` releases the arrays
+    *alias = polygon;
     alias->SetPoint(1, 42, 43);
-    float x = 0, y = 0;
-    source.GetPoint(1, x, y);
-    EXPECT_EQ(x, 42);
+    CSSE2dPolygon moved(std::move(polygon));
+    CSSE2dPolygon target;
+    target.Create(2);
+    target = std::move(moved);
+    t_h2dpoint p{-1, -1};
+    target.GetPoint(1, p);
+    EXPECT_EQ(std::pair(p.x, p.y), std::pair(42.0f, 43.0f));
+
+    target.Free();
+    EXPECT_EQ(target.GetNumPoints(), 3);
+    target.GetPoint(2, p);
+    EXPECT_EQ(std::pair(p.x, p.y), std::pair(42.0f, 43.0f)) << "nothing is read after Free";
+    EXPECT_EQ(target.ClosestPointX(0), -1);
+    EXPECT_EQ(target.CalcArea(), 0.0f);
+    EXPECT_EQ(target.GetMinEuclDistance(0, 0), 1000000.0f);
 }
 
-TEST(CSSE2dPolygon, AreaIsTheKeptThreePlaceFormula)
+TEST(CSSE2dPolygon, AreaIsTheKeptFormulaOfTheFirstTwoAndTheLastTwoPoints)
 {
+    // With L the last point and M the one before:
+    // t1 = (x0 - xL)(x1 - yL) - (y0 - yL)(x1 - yL), t2 = (xL - xM)(x1 - yM) - (yL - yM)(x1 - yM).
+    // Here t1 = (1-6)(3-11) - (2-11)(3-11) = -32, t2 = (6-4)(3-7) - (11-7)(3-7) = 8.
     CSSE2dPolygon polygon;
-    polygon.Create(4);
-    polygon.SetPoint(0, 1, 2);
-    polygon.SetPoint(1, 3, 5);
-    polygon.SetPoint(2, 4, 7);
-    polygon.SetPoint(3, 6, 11);
-    // t1 = (1-6)(3-11) - (2-11)(3-11) = -32, t2 = (6-4)(3-7) - (11-7)(3-7) = 8.
+    Fill(polygon, {{1, 2}, {3, 5}, {4, 7}, {6, 11}});
     EXPECT_EQ(polygon.CalcArea(), -24.0f);
-
-    polygon.Create(3);
-    polygon.SetPoint(0, 0, 0);
-    polygon.SetPoint(1, 1, 0);
-    polygon.SetPoint(2, 0, 1);
-    // t1 = 0 - (-1)(0) = 0, t2 = (-1)(1) - (1)(1) = -2.
-    EXPECT_EQ(polygon.CalcArea(), -2.0f);
-
-    polygon.Create(2);
-    polygon.SetPoint(0, 0, 0);
-    polygon.SetPoint(1, 5, 5);
+    Fill(polygon, {{0, 0}, {5, 5}});
     EXPECT_EQ(polygon.CalcArea(), 0.0f);
 }
 
-TEST(CSSE2dPolygon, ClosestPointsSeeEvenIndicesBeforeTheLast)
+TEST(CSSE2dPolygon, ClosestPointsSeeEvenIndicesBeforeTheLastAndTheScanCountsXTwice)
 {
     CSSE2dPolygon polygon;
-    FillRow(polygon, 7); // x = 0 .. 6, y = 100 .. 94
+    Fill(polygon, {{0, 100}, {1, 99}, {2, 98}, {3, 97}, {4, 96}, {5, 95}, {6, 94}});
     EXPECT_EQ(polygon.ClosestPointX(5), 4);
     EXPECT_EQ(polygon.ClosestPointX(100), 4);
     EXPECT_EQ(polygon.ClosestPointY(94), 4);
-    EXPECT_EQ(polygon.ClosestPointY(99), 0);
-    FillRow(polygon, 1);
-    EXPECT_EQ(polygon.ClosestPointX(0), -1);
-}
-
-TEST(CSSE2dPolygon, MinDistanceCountsTheXDifferenceTwiceOverWholeBlocks)
-{
-    CSSE2dPolygon polygon;
-    FillRow(polygon, 7); // only x = 0 .. 3 are in a whole block
+    // Only x = 0 .. 3 lie in a whole block; y is not read.
     const float d7 = 7.0f;
     EXPECT_EQ(polygon.GetMinEuclDistance(10, 1000), std::sqrt(d7 * d7 + d7 * d7));
-    FillRow(polygon, 8);
-    const float d3 = 3.0f;
-    EXPECT_EQ(polygon.GetMinEuclDistance(10, -1000), std::sqrt(d3 * d3 + d3 * d3));
-    FillRow(polygon, 3);
-    EXPECT_EQ(polygon.GetMinEuclDistance(10, 0), 1000000.0f);
 }
 
 } // namespace

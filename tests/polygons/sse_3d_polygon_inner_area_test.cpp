@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "polygon_builders.h"
-#include "vekdll/polygons/sse_3d_polygon.h"
 
 using vek::test::Fill;
 using vek::test::Sse;
@@ -13,124 +12,82 @@ using vek::test::Xyz;
 
 namespace {
 
-// The square 0..4 in x and y, counter-clockwise.
-void Square(CSSE3dPolygon& polygon)
+TEST(PointInLineInnerArea, TheRimConcaveAndThinnedLinesAndDegenerateSteps)
 {
-    Fill(polygon, {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}});
-}
-
-TEST(PointInLineInnerAreaTest, InteriorExteriorAndTheRim)
-{
-    CSSE3dPolygon square;
-    Square(square);
-    EXPECT_TRUE(square.PointInLineInnerArea(2.0f, 2.0f, 1));
-    EXPECT_FALSE(square.PointInLineInnerArea(5.0f, 2.0f, 1)); // beyond the box
-    EXPECT_FALSE(square.PointInLineInnerArea(2.0f, -0.5f, 1));
-    // An edge that bounds the area from below belongs to it, one that bounds
-    // it from above doesn't.
-    EXPECT_TRUE(square.PointInLineInnerArea(2.0f, 0.0f, 1));
-    EXPECT_FALSE(square.PointInLineInnerArea(2.0f, 4.0f, 1));
-    // Vertical edges go by columns: the smallest x is outside, the largest inside.
-    EXPECT_FALSE(square.PointInLineInnerArea(0.0f, 2.0f, 1));
-    EXPECT_TRUE(square.PointInLineInnerArea(4.0f, 2.0f, 1));
-    // The orientation of the line doesn't matter.
-    CSSE3dPolygon clockwise;
-    Fill(clockwise, {{0, 4, 0}, {4, 4, 0}, {4, 0, 0}, {0, 0, 0}});
-    EXPECT_TRUE(clockwise.PointInLineInnerArea(1.0f, 3.0f, 1));
-    EXPECT_FALSE(clockwise.PointInLineInnerArea(-1.0f, 3.0f, 1));
-}
-
-TEST(PointInLineInnerAreaTest, ConcaveLinesAndTheSpatialForm)
-{
+    const std::vector<Xyz> square = {{0, 4, 0}, {4, 4, 0}, {4, 0, 0}, {0, 0, 0}}; // clockwise
     // A U open towards growing y: the notch 1..3 x 1..4 is outside.
-    CSSE3dPolygon u;
-    Fill(u, {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {3, 4, 5}, {3, 1, 5}, {1, 1, 5}, {1, 4, 5}, {0, 4, 5}});
-    EXPECT_TRUE(u.PointInLineInnerArea(0.5f, 3.0f, 1));
-    EXPECT_TRUE(u.PointInLineInnerArea(2.0f, 0.5f, 1));
-    EXPECT_FALSE(u.PointInLineInnerArea(2.0f, 3.0f, 1));
-    EXPECT_TRUE(u.PointInLineInnerArea(3.5f, 3.9f, 1));
-
-    // The SSEPoint form ignores z but not w.
-    SSEPoint inside = Sse(2.0f, 0.5f, 1000.0f);
-    EXPECT_TRUE(u.PointInLineInnerArea(inside, 1));
-    inside.w = 1.0f;
-    EXPECT_FALSE(u.PointInLineInnerArea(inside, 1));
-    EXPECT_EQ(inside.z, 1000.0f); // the caller's point is left alone
-}
-
-TEST(PointInLineInnerAreaTest, DegenerateLinesAndSteps)
-{
-    CSSE3dPolygon two;
-    Fill(two, {{0, 0, 0}, {4, 4, 0}});
-    EXPECT_FALSE(two.PointInLineInnerArea(2.0f, 1.0f, 1));
-    CSSE3dPolygon square;
-    Square(square);
-    EXPECT_FALSE(square.PointInLineInnerArea(2.0f, 2.0f, 5)); // step beyond the count
-    EXPECT_FALSE(square.PointInLineInnerArea(2.0f, 2.0f, 0));
-    EXPECT_FALSE(square.PointInLineInnerArea(2.0f, 2.0f, -3));
-
-    // A dense square thinned to every second point, closed to the last point.
-    std::vector<Xyz> dense;
-    for (int i = 0; i < 8; ++i) dense.push_back({static_cast<float>(i), 0, 0});
-    for (int i = 0; i < 8; ++i) dense.push_back({8, static_cast<float>(i), 0});
-    for (int i = 8; i > 0; --i) dense.push_back({static_cast<float>(i), 8, 0});
-    for (int i = 8; i > 0; --i) dense.push_back({0, static_cast<float>(i), 0});
-    CSSE3dPolygon line;
-    Fill(line, dense);
-    for (int step : {1, 2, 3, 5}) {
-        EXPECT_TRUE(line.PointInLineInnerArea(4.0f, 4.0f, step)) << step;
-        EXPECT_FALSE(line.PointInLineInnerArea(4.0f, 8.0f, step)) << step;
+    const std::vector<Xyz> u = {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {3, 4, 5}, {3, 1, 5}, {1, 1, 5}, {1, 4, 5}, {0, 4, 5}};
+    std::vector<Xyz> dense; // the square 0..8 with a point at every unit
+    for (int i = 0; i < 32; ++i) {
+        const float t = static_cast<float>(i % 8), side = static_cast<float>(i / 8);
+        dense.push_back(side == 0 ? Xyz{t, 0, 0} : side == 1 ? Xyz{8, t, 0} : side == 2 ? Xyz{8 - t, 8, 0} : Xyz{0, 8 - t, 0});
+    }
+    const struct {
+        const char* why;
+        const std::vector<Xyz>& points;
+        float x, y;
+        int step;
+        bool inside;
+    } cases[] = {
+        {"an edge bounding the area from below belongs to it", square, 2, 0, 1, true},
+        {"an edge bounding it from above doesn't", square, 2, 4, 1, false},
+        {"the column of the smallest x is outside", square, 0, 2, 1, false},
+        {"the column of the largest x is inside", square, 4, 2, 1, true},
+        {"notch of the U", u, 2, 3, 1, false},
+        {"a step beyond the count", square, 2, 2, 5, false},
+        {"step 0", square, 2, 2, 0, false},
+        {"every third chord, closed to the last point", dense, 4, 4, 3, true},
+        {"top edge, thinned", dense, 4, 8, 3, false},
+    };
+    for (const auto& c : cases) {
+        CSSE3dPolygon polygon;
+        Fill(polygon, c.points);
+        EXPECT_EQ(polygon.PointInLineInnerArea(c.x, c.y, c.step), c.inside) << c.why;
     }
 }
 
-TEST(PointInLineInnerAreaTest, NormalizedFormCountsOnTheScaledLineInsideThePlainBox)
+TEST(PointInLineInnerArea, PointFormIgnoresZButNotWAndTheNormalisedFormKeepsThePlainBox)
 {
-    CSSE3dPolygon square;
-    Square(square);
-    t_resolutiondata resolution{0.5f, 0.5f, 1.0f};
-    square.NormalizeXYZ(resolution);
+    CSSE3dPolygon polygon;
+    Fill(polygon, {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {0, 4, 5}});
+    SSEPoint inside = Sse(2.0f, 0.5f, 1000.0f), withW = Sse(2.0f, 0.5f, 0.0f, 1.0f);
+    EXPECT_TRUE(polygon.PointInLineInnerArea(inside, 1));
+    EXPECT_FALSE(polygon.PointInLineInnerArea(withW, 1));
     // In normalised units the square is 0..2.
-    EXPECT_TRUE(square.PointInLineInnerAreaNormalized(1.5f, 1.5f, 1));
-    EXPECT_FALSE(square.PointInLineInnerAreaNormalized(3.0f, 1.5f, 1));  // plain box holds it, scaled line doesn't
-    EXPECT_FALSE(square.PointInLineInnerAreaNormalized(1.5f, -1.0f, 1)); // outside the plain box
-    SSEPoint p = Sse(1.0f, 1.0f, 0.0f);
-    EXPECT_TRUE(square.PointInLineInnerAreaNormalized(p, 1));
+    t_resolutiondata resolution{0.5f, 0.5f, 1.0f};
+    polygon.NormalizeXYZ(resolution);
+    SSEPoint p = Sse(1.5f, 1.5f, 7.0f);
+    EXPECT_TRUE(polygon.PointInLineInnerAreaNormalized(p, 1));
+    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(3.0f, 1.5f, 1)); // the plain box holds it, the scaled line doesn't
+    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(1.5f, -1.0f, 1)); // outside the plain box
 }
 
-// An independent even-odd count in double precision, for points that lie on
-// no edge.
+// An independent even-odd count in double precision, for points on no edge.
 bool EvenOdd(const std::vector<Xyz>& poly, double x, double y)
 {
     bool inside = false;
     for (std::size_t i = 0, j = poly.size() - 1; i < poly.size(); j = i++) {
         const double xi = poly[i].x, yi = poly[i].y, xj = poly[j].x, yj = poly[j].y;
-        if ((xi > x) != (xj > x)) {
-            const double yCross = yi + (x - xi) * (yj - yi) / (xj - xi);
-            if (yCross > y) inside = !inside;
-        }
+        if ((xi > x) != (xj > x) && yi + (x - xi) * (yj - yi) / (xj - xi) > y) inside = !inside;
     }
     return inside;
 }
 
-TEST(PointInLineInnerAreaTest, AgreesWithAPlainEvenOddCountOnRandomStars)
+TEST(PointInLineInnerArea, AgreesWithAPlainEvenOddCountOnRandomStars)
 {
     std::mt19937 random(20261122);
-    std::uniform_real_distribution<float> radius(2.0f, 10.0f);
-    std::uniform_real_distribution<float> coordinate(-12.0f, 12.0f);
-    for (int shape = 0; shape < 20; ++shape) {
+    std::uniform_real_distribution<float> radius(2.0f, 10.0f), coordinate(-12.0f, 12.0f);
+    for (int n = 5; n < 25; ++n) {
         std::vector<Xyz> star;
-        const int n = 5 + shape;
         for (int i = 0; i < n; ++i) {
-            const double angle = 2.0 * 3.14159265358979 * i / n;
-            const float r = radius(random);
+            const double angle = 2.0 * 3.14159265358979 * i / n, r = radius(random);
             star.push_back({static_cast<float>(r * std::cos(angle)), static_cast<float>(r * std::sin(angle)), 0});
         }
         CSSE3dPolygon polygon;
         Fill(polygon, star);
         for (int k = 0; k < 200; ++k) {
             // Points on a quarter lattice offset by an eighth never meet a vertex column.
-            const float x = std::round(coordinate(random) * 4.0f) / 4.0f + 0.125f;
-            const float y = coordinate(random);
+            const float x = std::round(coordinate(random) * 4.0f) / 4.0f + 0.125f, y = coordinate(random);
             ASSERT_EQ(polygon.PointInLineInnerArea(x, y, 1), EvenOdd(star, x, y)) << x << ", " << y;
         }
     }

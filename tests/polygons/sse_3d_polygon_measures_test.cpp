@@ -1,139 +1,167 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
+#include <random>
+#include <vector>
 
 #include "polygon_builders.h"
-#include "vekdll/polygons/sse_3d_polygon.h"
 
 using vek::test::Fill;
+using vek::test::Lanes;
+using vek::test::Lanes4;
+using vek::test::Row;
+using vek::test::Sse;
 using vek::test::Xyz;
 
 namespace {
 
-TEST(CSSE3dPolygonBox, EmptyPolygonKeepsTheInvertedSentinelBox)
+std::array<float, 6> Box3D(CSSE3dPolygon& polygon)
 {
-    CSSE3dPolygon polygon;
-    polygon.CalcBoundingBox();
-    EXPECT_TRUE(polygon.IsBoundingBoxCalculated());
-    const SSEPoint top = polygon.GetTopRight();
-    const SSEPoint bottom = polygon.GetBottomLeft();
-    for (int lane = 0; lane < 3; ++lane) {
-        EXPECT_EQ(top.lane[lane], -1000000.0f);
-        EXPECT_EQ(bottom.lane[lane], 1000000.0f);
-    }
-    EXPECT_EQ(top.w, 0.0f);
-    EXPECT_EQ(bottom.w, 0.0f);
-
-    float xmin, ymin, zmin, xmax, ymax, zmax;
-    polygon.GetBoundingBox3D(xmin, ymin, zmin, xmax, ymax, zmax);
-    EXPECT_EQ(xmin, -1000000.0f);
-    EXPECT_EQ(zmin, -1000000.0f);
-    EXPECT_EQ(ymax, 1000000.0f);
+    std::array<float, 6> box{};
+    polygon.GetBoundingBox3D(box[0], box[1], box[2], box[3], box[4], box[5]);
+    return box;
 }
 
-TEST(CSSE3dPolygonBox, SentinelsLimitTheBox)
+TEST(CSSE3dPolygonBox, StartsInvertedAtTheSentinelsAndIsRecomputedOnlyWhenStale)
 {
+    // An empty polygon keeps the inverted box; the 3D read orders the corners.
     CSSE3dPolygon polygon;
+    polygon.CalcBoundingBox();
+    EXPECT_EQ(Lanes(polygon.GetTopRight()), (Lanes4{-1e6f, -1e6f, -1e6f, 0}));
+    EXPECT_EQ(Box3D(polygon), (std::array<float, 6>{-1e6f, -1e6f, -1e6f, 1e6f, 1e6f, 1e6f}));
+    // No coordinate beyond the start values widens the box past them.
     Fill(polygon, {{2e6f, -3e6f, 5}, {3e6f, -2e6f, 6}});
     polygon.CalcBoundingBox();
-    // Every x lies above the start value of the smaller corner, every y below
-    // that of the larger one.
-    EXPECT_EQ(polygon.GetBottomLeft().x, 1000000.0f);
-    EXPECT_EQ(polygon.GetTopRight().x, 3e6f);
-    EXPECT_EQ(polygon.GetTopRight().y, -1000000.0f);
-    EXPECT_EQ(polygon.GetBottomLeft().y, -3e6f);
-}
-
-TEST(CSSE3dPolygonBox, BoxIsRecomputedOnlyWhenStale)
-{
-    CSSE3dPolygon polygon;
+    EXPECT_EQ(Lanes(polygon.GetBottomLeft()), (Lanes4{1e6f, -3e6f, 5, 0}));
+    EXPECT_EQ(Lanes(polygon.GetTopRight()), (Lanes4{3e6f, -1e6f, 6, 0}));
+    // The 2D box truncates towards zero, not to the floor.
     Fill(polygon, {{-1.7f, 2.9f, 4}, {3.5f, -0.5f, -2}});
-
     int xmin, ymin, xmax, ymax;
     polygon.GetBoundingBox2D(xmin, ymin, xmax, ymax);
-    EXPECT_TRUE(polygon.IsBoundingBoxCalculated());
-    // Truncation towards zero, not the floor.
-    EXPECT_EQ(xmin, -1);
-    EXPECT_EQ(ymin, 0);
-    EXPECT_EQ(xmax, 3);
-    EXPECT_EQ(ymax, 2);
-
-    // The 2D copies carry z = 0; the corners keep lane 3 at 0.
-    SSEPoint top = polygon.GetTopRight();
-    EXPECT_EQ(top.z, 4.0f);
-    EXPECT_EQ(top.w, 0.0f);
-
-    // A write makes the box stale; the plain getters don't recompute it,
-    // GetBoundingBox3D does.
+    EXPECT_EQ((std::array<int, 4>{xmin, ymin, xmax, ymax}), (std::array<int, 4>{-1, 0, 3, 2}));
+    // After a write the plain getters keep the stale box, the box reads recompute it.
     polygon.SetPoint(0, 10, 20, 30);
     EXPECT_EQ(polygon.GetTopRight().x, 3.5f);
-    float x0, y0, z0, x1, y1, z1;
-    polygon.GetBoundingBox3D(x0, y0, z0, x1, y1, z1);
-    EXPECT_EQ(x1, 10.0f);
-    EXPECT_EQ(z1, 30.0f);
-    EXPECT_EQ(z0, -2.0f);
-    EXPECT_EQ(polygon.GetTopRight().x, 10.0f);
+    EXPECT_EQ(Box3D(polygon), (std::array<float, 6>{3.5f, -0.5f, -2, 10, 20, 30}));
 }
 
-TEST(CSSE3dPolygonCentre, EachPointIsDividedBeforeItIsAdded)
+TEST(CSSE3dPolygonMeasures, CentreDividesBeforeAddingAndTheClosedLineGivesLengthAndTwiceTheAreas)
 {
     CSSE3dPolygon polygon;
     Fill(polygon, {{0.7f, 1, 0}, {7.1f, 2, 0}, {7.1f, 4, 0}});
     polygon.CalcGeometricCenter();
     SSEPoint centre;
     polygon.GetGeometricCenter(centre);
+    const float n = 3.0f, dividedFirst = ((0.0f + 0.7f / n) + 7.1f / n) + 7.1f / n;
+    ASSERT_NE(dividedFirst, ((0.7f + 7.1f) + 7.1f) / n) << "the data must tell the two orders apart";
+    EXPECT_EQ(Lanes(centre), (Lanes4{dividedFirst, ((0.0f + 1 / n) + 2 / n) + 4 / n, 0, 0}));
 
-    const float n = 3.0f;
-    const float dividedFirst = ((0.0f + 0.7f / n) + 7.1f / n) + 7.1f / n;
-    const float dividedLast = ((0.7f + 7.1f) + 7.1f) / n;
-    ASSERT_NE(dividedFirst, dividedLast) << "the data must tell the two orders apart";
-    EXPECT_EQ(centre.x, dividedFirst);
-    EXPECT_EQ(centre.w, 0.0f);
-
-    CSSE3dPolygon empty;
-    empty.CalcGeometricCenter();
-    empty.GetGeometricCenter(centre);
-    EXPECT_EQ(centre.x, 0.0f);
+    const struct {
+        std::vector<Xyz> points;
+        float circumference, xy, xz, yz;
+    } cases[] = {
+        {{{0, 0, 0}, {1, 2, 2}}, 6, 0, 0, 0}, // 3 there and 3 back
+        {{{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0}}, 4, -2, 0, 0}, // clockwise
+        // Off the origin, so that the closing edge contributes.
+        {{{2, 0, 1}, {6, 0, 1}, {2, 3, 4}}, 4 + std::sqrt(34.0f) + std::sqrt(18.0f), 12, 12, 0},
+        {{{0, 0, 0}, {0, 2, 0}, {0, 2, 2}}, 4 + std::sqrt(8.0f), 0, 0, 4},
+        {{}, 0, 0, 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "case " << &c - cases);
+        Fill(polygon, c.points);
+        EXPECT_FLOAT_EQ(polygon.CalcCircumference(), c.circumference);
+        EXPECT_EQ((std::array<float, 3>{polygon.CalcXYArea(), polygon.CalcXZArea(), polygon.CalcYZArea()}),
+                  (std::array<float, 3>{c.xy, c.xz, c.yz}));
+    }
 }
 
-TEST(CSSE3dPolygonMeasures, CircumferenceClosesTheLine)
+using Query = std::function<int(const CSSE3dPolygon&)>;
+
+Query Nearest(float x, float y, float z, int from = 0, int to = -1)
 {
+    return [=](const CSSE3dPolygon& p) {
+        SSEPoint q = Sse(x, y, z);
+        return to < 0 ? p.ClosestPoint(q) : p.ClosestPointWithIntervalIndex(q, from, to);
+    };
+}
+
+Query AlreadyThere(int upto, float x, float y, float tol)
+{
+    return [=](const CSSE3dPolygon& p) { SSEPoint q = Sse(x, y, 50); return p.PointAlreadyThereInArrayXY(upto, q, tol) ? 1 : 0; };
+}
+
+TEST(CSSE3dPolygonClosestPoint, EachFormByItsMeasureItsPointsAndItsStartValue)
+{
+    const std::vector<Xyz> spread = {{0, 0, 0}, {4, 0, 0}, {2, 3, 0}, {2, -3, 0}, {2, 0, 5}};
+    const std::vector<Xyz> row6 = Row(6), row7 = Row(7), row1 = Row(1), far = {{1e7f, 0, 0}};
+    const std::vector<Xyz> risingY = {{5, 1, 0}, {0, 0, 0}, {6, 2, 0}, {0, 0, 0}, {7, 3, 0}, {0, 0, 0}};
+    const std::vector<Xyz> beyondSquare = {{3200, 0, 0}, {0, 0, 0}, {0, 0, 0}}; // 3200 < 1e7 < 3200^2
+    const std::vector<Xyz> diagonal = {{0, 0, 0}, {10, 10, 0}, {20, 20, 0}};
+    const struct {
+        const char* why;
+        const std::vector<Xyz>& points;
+        Query query;
+        int expected;
+    } cases[] = {
+        {"points 0 and 1 tie at 2, the first wins", spread, Nearest(2, 0, 0), 0},
+        {"a point at the start distance is never found", far, Nearest(0, 0, 0), -1},
+        {"from is included", row6, Nearest(-10, 0, 0, 2, 5), 2},
+        {"to is excluded", row6, Nearest(10, 0, 0, 1, 5), 4},
+        {"3 is odd; 2 and 4 tie, the first wins", row7, [](const CSSE3dPolygon& p) { return p.ClosestPointX(3); }, 2},
+        {"6 is the last point", row7, [](const CSSE3dPolygon& p) { return p.ClosestPointXY(100, 0); }, 4},
+        {"one point is the last", row1, [](const CSSE3dPolygon& p) { return p.ClosestPointX(0); }, -1},
+        {"y = 1 and y = 3 lie on the bounds", risingY, [](const CSSE3dPolygon& p) { return p.ClosestPointXWithIntervalY(5, 1, 3); }, 2},
+        {"the planar forms compare squares", beyondSquare, [](const CSSE3dPolygon& p) { return p.ClosestPointXY(0, 0); }, -1},
+        // A city-block test of the points below upto, upto clamped to n - 1.
+        {"Euclidean 0.85 would pass 1, city-block 1.2 doesn't", diagonal, AlreadyThere(3, 0.6f, 0.6f, 1.0f), 0},
+        {"the last point is never compared", diagonal, AlreadyThere(100, 20, 20, 0.5f), 0},
+    };
+    for (const auto& c : cases) {
+        CSSE3dPolygon polygon;
+        Fill(polygon, c.points);
+        EXPECT_EQ(c.query(polygon), c.expected) << c.why;
+    }
+}
+
+TEST(CSSE3dPolygonDistanceScan, SeesOnlyWholeBlocksOfTheNormalisedCopyAndAgreesBitForBitWithAPlainLoop)
+{
+    std::mt19937 random(20240611);
+    std::uniform_real_distribution<float> coordinate(-500.0f, 500.0f);
+    for (int trial = 0; trial < 60; ++trial) {
+        const int n = static_cast<int>(random() % 40);
+        std::vector<Xyz> points(n);
+        for (Xyz& p : points) p = {coordinate(random), coordinate(random), coordinate(random)};
+        t_resolutiondata r{0.5f * (1 + random() % 4), 0.5f * (1 + random() % 4), 0.5f * (1 + random() % 4)};
+        CSSE3dPolygon polygon;
+        Fill(polygon, points);
+        polygon.NormalizeXYZ(r);
+        const float qx = coordinate(random), qy = coordinate(random), qz = coordinate(random);
+        const int skip = static_cast<int>(random() % 5) - 2; // a negative skip reads every block
+        float expected3d = 1000000.0f, expected2d = 1000000.0f;
+        for (int block = 0; block < n / 4; block += std::max(skip, 0) + 1) {
+            for (int i = 4 * block; i < 4 * block + 4; ++i) {
+                const float dx = points[i].x * r.ResolutionX - qx, dy = points[i].y * r.ResolutionY - qy;
+                const float dz = points[i].z * r.ResolutionZ - qz;
+                expected3d = std::min(expected3d, std::sqrt(dx * dx + dy * dy + dz * dz));
+                expected2d = std::min(expected2d, std::sqrt(dx * dx + dy * dy));
+            }
+        }
+        EXPECT_EQ(polygon.GetMinEuclDistance(qx, qy, qz, skip), expected3d) << "trial " << trial;
+        EXPECT_EQ(polygon.GetMinEuclDistanceXY(qx, qy, skip), expected2d) << "trial " << trial;
+    }
+    // Special measures in the plane unless |z| exceeds 0.001. The test is made
+    // in double, where the float 0.001f lies just above 0.001 and so counts.
     CSSE3dPolygon polygon;
-    Fill(polygon, {{0, 0, 0}, {3, 0, 0}, {3, 4, 0}});
-    EXPECT_EQ(polygon.CalcCircumference(), 12.0f);
-
-    Fill(polygon, {{0, 0, 0}, {1, 2, 2}});
-    EXPECT_EQ(polygon.CalcCircumference(), 6.0f); // 3 there and 3 back
-
-    Fill(polygon, {{5, 5, 5}});
-    EXPECT_EQ(polygon.CalcCircumference(), 0.0f);
-    CSSE3dPolygon empty;
-    EXPECT_EQ(empty.CalcCircumference(), 0.0f);
-}
-
-TEST(CSSE3dPolygonMeasures, AreasAreTwiceSignedAndPositiveCounterClockwise)
-{
-    CSSE3dPolygon square;
-    Fill(square, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}});
-    EXPECT_EQ(square.CalcXYArea(), 2.0f);
-    Fill(square, {{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0}});
-    EXPECT_EQ(square.CalcXYArea(), -2.0f);
-
-    // A triangle off the origin, so that the closing edge contributes.
-    CSSE3dPolygon triangle;
-    Fill(triangle, {{2, 0, 1}, {6, 0, 1}, {2, 3, 4}});
-    EXPECT_EQ(triangle.CalcXYArea(), 12.0f);
-    // In XZ: (2,1), (6,1), (2,4): the same triangle.
-    EXPECT_EQ(triangle.CalcXZArea(), 12.0f);
-    // In YZ: (0,1), (0,1), (3,4): degenerate.
-    EXPECT_EQ(triangle.CalcYZArea(), 0.0f);
-
-    CSSE3dPolygon upright;
-    Fill(upright, {{0, 0, 0}, {0, 2, 0}, {0, 2, 2}});
-    EXPECT_EQ(upright.CalcYZArea(), 4.0f);
-
-    Fill(upright, {{3, 3, 3}});
-    EXPECT_EQ(upright.CalcXYArea(), 0.0f);
+    Fill(polygon, Row(4));
+    t_resolutiondata unit{1, 1, 1};
+    polygon.NormalizeXYZ(unit);
+    for (auto [z, distance] : {std::pair{0.0009f, 0.0f}, {-0.0009f, 0.0f}, {0.001f, 0.001f}, {-0.001f, 0.001f}}) {
+        EXPECT_EQ(polygon.GetMinEuclDistanceSpecial(2, 0, z, 0), distance) << "z " << z;
+    }
 }
 
 } // namespace

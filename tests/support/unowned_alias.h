@@ -6,6 +6,7 @@
 // releases it. Moving into the alias is not a way to forget: a move releases
 // the destination's image.
 
+#include <cstring>
 #include <new>
 
 namespace vek::test {
@@ -25,5 +26,17 @@ private:
     alignas(T) unsigned char storage_[sizeof(T)];
     T* object_;
 };
+
+// For types whose default object already owns memory (a box block): the
+// target of a shallow assignment keeps its own bytes aside while `use` runs
+// and gets them back afterwards, so that it releases only what it owned.
+template <class T, class Use>
+void WithOwnBytesKept(T& target, Use use)
+{
+    alignas(T) unsigned char own[sizeof(T)];
+    std::memcpy(own, static_cast<void*>(&target), sizeof own);
+    use();
+    std::memcpy(static_cast<void*>(&target), own, sizeof own);
+}
 
 } // namespace vek::test

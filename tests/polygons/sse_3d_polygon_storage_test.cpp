@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "polygon_builders.h"
+#include "support/archive_bytes.h"
+#include "support/unowned_alias.h"
+#include "vekdll/pixelchains/pixel_chain.h"
+
+using vek::test::Fill;
+using vek::test::Lanes;
+using vek::test::Lanes4;
+using vek::test::PointOf;
+using vek::test::PointsOf;
+using vek::test::SerializeFromBytes;
+using vek::test::SerializeToBytes;
+using vek::test::Sse;
+using vek::test::Xyz;
+
+namespace {
+
+CSSE3dPolygon Line(int n)
+{
+    CSSE3dPolygon line;
+    Fill(line, vek::test::Row(n));
+    line.CalcBoundingBox();
+    return line;
+}
+
+TEST(CSSE3dPolygonLife, CreateAndFreeKeepTheBoxBlockAndTheirFlagRules)
+{
+    CSSE3dPolygon polygon;
+    polygon.Create(-3); // a negative count makes an empty polygon
+    polygon.CalcBoundingBox();
+    polygon.Free(); // of an empty polygon keeps the flag
+    EXPECT_TRUE(polygon.IsBoundingBoxCalculated());
+    Fill(polygon, {{1, 2, 3}, {4, 5, 6}});
+    polygon.CalcBoundingBox();
+    polygon.CalcGeometricCenter();
+    polygon.Free();
+    EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
+    polygon.Create(7); // the box points outlive Free and Create
+    EXPECT_EQ(Lanes(polygon.GetTopRight()), (Lanes4{4, 5, 6, 0}));
+    EXPECT_EQ(Lanes(polygon.GetBottomLeft()), (Lanes4{1, 2, 3, 0}));
+    SSEPoint centre;
+    polygon.GetGeometricCenter(centre);
+    EXPECT_EQ(Lanes(centre), (Lanes4{2.5f, 3.5f, 4.5f, 0}));
+
+    CPixelChain chain; // one point per `step` pixels: 10 / 3 points, pixel 9 never reached
+    for (int i = 0; i < 10; ++i) chain.AddPixel(i, 100 + i);
+    EXPECT_EQ(PointsOf(CSSE3dPolygon(chain, 3)), (std::vector<Xyz>{{0, 100, 0}, {3, 103, 0}, {6, 106, 0}}));
+}
+
+TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
+{
+    CSSE3dPolygon source;
+    Fill(source, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+    t_resolutiondata resolution{2, 3, 4};
+    source.NormalizeXYZ(resolution);
+    source.CalcBoundingBox();
+    // The copy constructor takes the normalised copy and the box points, but leaves the box stale.
+    CSSE3dPolygon copy(source);
+    EXPECT_FALSE(copy.IsBoundingBoxCalculated());
+    EXPECT_EQ(Lanes(copy.GetTopRight()), (Lanes4{7, 8, 9, 0}));
+    SSEPoint normalized;
+    copy.GetPointNormalizedSSE(2, normalized);
+    EXPECT_EQ(normalized.z, 36.0f);
+    // CreateSimilar takes the flag as it is; from itself it changes nothing.
+    CSSE3dPolygon similar = Line(9);
+    similar.CreateSimilar(&source);
+    similar.CreateSimilar(&similar);
+    EXPECT_TRUE(similar.IsBoundingBoxCalculated());
+    source.SetPoint(0, -1, -1, -1);
+    EXPECT_EQ(PointOf(copy, 0), (Xyz{1, 2, 3}));
+    EXPECT_EQ(PointOf(similar, 0), (Xyz{1, 2, 3}));
+
+    CSSE3dPolygon alias;
+    vek::test::WithOwnBytesKept(alias, [&] {
+        alias = source;
+        alias.SetPoint(1, 50, 6, 7);
+        alias.CalcBoundingBox();
+        EXPECT_EQ(source.GetTopRight().x, 50.0f);       // one set of points, one box block
+        EXPECT_FALSE(source.IsBoundingBoxCalculated()); // the flag is a copied value
+    });
+
+    CSSE3dPolygon target = Line(3);
+    target = Line(9);
+    CSSE3dPolygon moved(std::move(target));
+    EXPECT_EQ(moved.GetTopRight().x, 8.0f);
+    target = Line(2); // the source keeps a usable box block
+    EXPECT_EQ(target.GetTopRight().x, 1.0f);
+}
+
+TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectClearTheFlag)
+{
+    CSSE3dPolygon polygon;
+    Fill(polygon, {{1, 2, 3}, {4, 5, 6}});
+    polygon.CalcBoundingBox();
+    for (int i : {-1, 2}) {
+        SSEPoint whole = Sse(-9, -9, -9, -9), normalized = whole;
+        polygon.GetPointSSE(i, whole); // the forms that fill an SSEPoint whole zero it first
+        polygon.GetPointNormalizedSSE(i, normalized);
+        EXPECT_EQ(Lanes(whole), (Lanes4{0, 0, 0, 0}));
+        EXPECT_EQ(Lanes(normalized), (Lanes4{-9, -9, -9, -9}));
+        EXPECT_EQ(PointOf(polygon, i), (Xyz{-7, -7, -7}));
+        polygon.SetPointZY(i, 0, 0);
+        polygon.SetPointNormalized(i, 0, 0, 0);
+    }
+    EXPECT_TRUE(polygon.IsBoundingBoxCalculated());
+    polygon.SetPointNormalized(1, 7, 8, 9); // a write to the normalised copy marks the box stale too
+    EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
+    SSEPoint normalized = Sse(-9, -9, -9, -9);
+    for (auto [i, expected] : {std::pair{2, Lanes4{1, 2, 3, 0}}, {-1, Lanes4{0, 0, 0, 0}}}) {
+        polygon.GetPointSSEClosed(i, normalized); // wraps forward only
+        EXPECT_EQ(Lanes(normalized), expected) << "closed read of " << i;
+    }
+    // Of the whole-polygon writes only SetAllYValues leaves the flag of an empty polygon alone.
+    for (auto [write, flagStays] : {std::pair<void (*)(CSSE3dPolygon&), bool>{[](CSSE3dPolygon& p) { p.SetAllYValues(3); }, true},
+                                    {[](CSSE3dPolygon& p) { p.SetAllZValues(7); }, false},
+                                    {[](CSSE3dPolygon& p) { p.AddValueToAllXValues(0.5f); }, false},
+                                    {[](CSSE3dPolygon& p) { p.AddValueToAllYValues(-1); }, false}}) {
+        CSSE3dPolygon empty;
+        empty.CalcBoundingBox();
+        write(empty);
+        EXPECT_EQ(empty.IsBoundingBoxCalculated(), flagStays);
+        write(polygon);
+    }
+    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{1.5f, 2, 7}, {4.5f, 2, 7}}));
+}
+
+// An archive of the given count followed by the given floats.
+std::vector<BYTE> Archive(int count, const std::vector<float>& floats)
+{
+    std::vector<BYTE> bytes;
+    vek::test::AppendBytes(bytes, count);
+    for (float f : floats) vek::test::AppendBytes(bytes, f);
+    return bytes;
+}
+
+TEST(CSSE3dPolygonArchive, StoresCountThenXYZOfEachBlockOfFourAndLoadingDoublesThePointBeforeTheLast)
+{
+    CSSE3dPolygon polygon;
+    Fill(polygon, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {13, 14, 15}});
+    t_resolutiondata resolution{2, 2, 2};
+    polygon.NormalizeXYZ(resolution); // neither the normalised copy nor the box is stored
+    polygon.CalcBoundingBox();
+    // The lanes behind the last point carry no meaning; they are written as zeros.
+    const std::vector<BYTE> bytes = SerializeToBytes(polygon);
+    EXPECT_EQ(bytes, Archive(5, {1, 4, 7, 10, 2, 5, 8, 11, 3, 6, 9, 12, 13, 0, 0, 0, 14, 0, 0, 0, 15, 0, 0, 0}));
+
+    SerializeFromBytes(polygon, bytes);
+    EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
+    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {10, 11, 12}}));
+    // A single point has nothing before it and stays as read.
+    SerializeFromBytes(polygon, Archive(1, {5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0}));
+    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{5, 6, 7}}));
+    CSSE3dPolygon empty;
+    EXPECT_EQ(SerializeToBytes(empty), Archive(0, {}));
+}
+
+bool Refused(const std::vector<BYTE>& bytes)
+{
+    CSSE3dPolygon polygon;
+    try {
+        SerializeFromBytes(polygon, bytes);
+    } catch (const CArchiveException&) {
+        return true;
+    }
+    EXPECT_LE(4u + 48 * ((polygon.GetNumPoints() + 3u) / 4), bytes.size()) << "loaded more than the stream holds";
+    return false;
+}
+
+TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
+{
+    // 2^30 points in 40 bytes are refused before anything is allocated.
+    EXPECT_TRUE(Refused(Archive(1 << 30, std::vector<float>(9, 0.0f))));
+    EXPECT_TRUE(Refused(Archive(-1, {})));
+    EXPECT_TRUE(Refused(Archive(0x7FFFFFFF, std::vector<float>(12, 0.0f))));
+
+    CSSE3dPolygon source;
+    Fill(source, vek::test::Row(9));
+    const std::vector<BYTE> whole = SerializeToBytes(source);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_TRUE(Refused(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size)))) << size;
+    }
+    // Random bytes, with a small count now and then so that some archives are whole.
+    std::mt19937 random(7);
+    int loaded = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        std::vector<BYTE> bytes(random() % 120);
+        for (BYTE& b : bytes) b = static_cast<BYTE>(random());
+        if (bytes.size() >= 4 && trial % 3 == 0) {
+            const int count = static_cast<int>(random() % 4);
+            std::memcpy(bytes.data(), &count, sizeof count);
+        }
+        loaded += Refused(bytes) ? 0 : 1;
+    }
+    EXPECT_GT(loaded, 0);
+}
+
+} // namespace
