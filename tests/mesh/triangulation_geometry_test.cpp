@@ -3,34 +3,111 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <random>
+#include <functional>
+#include <utility>
 
 #include "mesh_builders.h"
+#include "support/unowned_alias.h"
+#include "vekdll/platform/framework_exceptions.h"
 
-using vek::test::ExpectNearPoint;
-using vek::test::ExpectSamePoint;
+using vek::test::ExpectNear;
 using vek::test::Fill;
+using vek::test::Lanes;
+using vek::test::Lanes4;
 using vek::test::Sse;
 
 namespace {
 
-constexpr float kHalfPi = 1.57079632679f;
-
-SSEPoint MinOf(const CHTriangulation& mesh)
+// Two triangles across the edge (1,0,2)-(0,1,3), with every derived datum computed.
+void MakeSquare(CHTriangulation& mesh)
 {
-    SSEPoint p;
-    mesh.GetMinPoint(p);
-    return p;
+    Fill(mesh, {{{{0, 0, 1}, {1, 0, 2}, {0, 1, 3}}}, {{{1, 0, 2}, {1, 1, 4}, {0, 1, 3}}}});
+    mesh.CalcSTV();
+    mesh.CalcNormalsFromVertices();
+    mesh.CalcBoundingBox();
+    mesh.CalcCenterPoint();
+    mesh.CalcNeighbours();
 }
 
-SSEPoint MaxOf(const CHTriangulation& mesh)
+TEST(CHTriangulationLife, CreateAimsEachTriangleAtItsOwnEntriesAndFreeKeepsScaleAndBox)
 {
-    SSEPoint p;
-    mesh.GetMaxPoint(p);
-    return p;
+    CHTriangulation mesh(3, 3.0f, 4.0f, 0.5f);
+    const t_htriangle* t = mesh.GetTriangle(2);
+    EXPECT_EQ((std::array{t->P1, t->MinPoint, mesh.GetMaxPointArray()}),
+              (std::array{mesh.GetEdgeArray() + 7, mesh.GetMinPointArray() + 2, mesh.GetMinPointArray()}));
+    EXPECT_EQ(std::pair(t->Index, t->Flag), std::pair(2, -1));
+    SSEPoint* const box = mesh.GetPointArray();
+    mesh.FreeTriangulation();
+    EXPECT_EQ(std::pair(mesh.GetPointArray(), mesh.GetScaleY()), std::pair(box, 4.0f));
+    // Below one triangle the mesh is empty; a count past what an int can
+    // index by corner fails like exhausted memory.
+    mesh.CreateTriangulation(-4);
+    EXPECT_EQ(mesh.GetTriangle(0), nullptr);
+    EXPECT_THROW(mesh.CreateTriangulation(0x7fffffff), CMemoryException);
+    EXPECT_EQ(mesh.GetNumTriangles(), 0);
 }
 
-// One triangle (1, 2, 3), (4, 6, 3), (0, 5, 9) with S, T, V and its box current.
+TEST(CHTriangulationLife, CopiesAreDeepWithTheMinimumInBothBoxEndsAndAssignmentShares)
+{
+    CHTriangulation source(0, 2.0f, 2.0f, 2.0f);
+    MakeSquare(source);
+    CHTriangulation copy(&source);
+    EXPECT_EQ(std::pair(copy.GetScaleX(), copy.GetScanConvDiagonal()), std::pair(2.0f, source.GetScanConvDiagonal()));
+    for (int i = 0; i < 2; ++i) {
+        const t_htriangle &s = *source.GetTriangle(i), &c = *copy.GetTriangle(i);
+        EXPECT_EQ(c.P0, copy.GetEdgeArray() + 3 * i);
+        for (auto [from, to] : {std::pair{s.P2, c.P2}, {s.N1, c.N1}, {s.V, c.V}, {s.MinPoint, c.MaxPoint}}) {
+            EXPECT_EQ(Lanes(*to), Lanes(*from)) << "triangle " << i; // the maximum takes the source's minimum
+        }
+        EXPECT_EQ(std::pair(c.Neighbour1, c.Flag), std::pair(s.Neighbour1, 13)); // still into the source
+    }
+    copy.CalcSTV();
+    EXPECT_EQ(Lanes(*copy.GetTriangle(1)->MaxPoint), (Lanes4{1, 1, 4, 0}));
+
+    // Into an existing mesh the box block and the scan conversion grid come
+    // along, the scale does not; a copy from itself changes nothing.
+    CHTriangulation target(7, 5.0f, 5.0f, 5.0f);
+    target.CopyFromHTriangulation(&source);
+    target.CopyFromHTriangulation(&target);
+    EXPECT_EQ(std::pair(target.GetScaleX(), target.GetScanConvDiagonal()), std::pair(5.0f, source.GetScanConvDiagonal()));
+    EXPECT_EQ(Lanes(target.GetPointArray()[2]), Lanes(source.GetPointArray()[2]));
+    const CHTriangulation second = source; // the C++ copy is deep as well
+    EXPECT_NE(second.GetEdgeArray(), source.GetEdgeArray());
+
+    CHTriangulation alias(1, 1.0f, 1.0f, 1.0f);
+    vek::test::WithOwnBytesKept(alias, [&] {
+        alias = source;
+        EXPECT_EQ(alias.GetTriangles(), source.GetTriangles());
+        EXPECT_EQ(alias.GetPointArray(), source.GetPointArray());
+    });
+}
+
+TEST(CHTriangulationLife, AppendPutsTheOtherMeshBehindAndRecomputesOnlyTheBox)
+{
+    CHTriangulation mesh(0, 1.0f, 1.0f, 1.0f), other(0, 1.0f, 1.0f, 1.0f);
+    MakeSquare(mesh);
+    const t_htriangle* const oldNeighbour = mesh.GetTriangle(0)->Neighbour1;
+    const Lanes4 centre = Lanes(mesh.GetPointArray()[2]);
+    Fill(other, {{{{5, 6, 7}, {8, 6, 7}, {5, 9, -7}}}});
+    other.GetTriangle(0)->Flag = 14;
+
+    mesh.AppendTriangulation(&other);
+    ASSERT_EQ(mesh.GetNumTriangles(), 3);
+    EXPECT_EQ(Lanes(*mesh.GetTriangle(2)->P2), (Lanes4{5, 9, -7, 0}));
+    const t_htriangle* t = mesh.GetTriangles();
+    EXPECT_EQ((std::array{t[1].Index, t[2].Index, t[0].Flag, t[2].Flag}), (std::array{1, 0, 13, 14}));
+    EXPECT_EQ(t[0].Neighbour1, oldNeighbour); // now pointing at a released record
+    EXPECT_EQ(Lanes(*t[0].MaxPoint), Lanes(*t[0].MinPoint));
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[0]), (Lanes4{0, 0, -7, 0}));
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{8, 9, 7, 0}));
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[2]), centre);
+
+    mesh.AppendTriangulation(&mesh); // doubles
+    ASSERT_EQ(mesh.GetNumTriangles(), 6);
+    for (int k = 0; k < 9; ++k) EXPECT_EQ(Lanes(mesh.GetEdgeArray()[9 + k]), Lanes(mesh.GetEdgeArray()[k]));
+}
+
+// One triangle (1, 2, 3), (4, 6, 3), (0, 5, 9) with S, T, V and the boxes current.
 void MakeOne(CHTriangulation& mesh)
 {
     Fill(mesh, {{{{1, 2, 3}, {4, 6, 3}, {0, 5, 9}}}});
@@ -38,194 +115,90 @@ void MakeOne(CHTriangulation& mesh)
     mesh.CalcBoundingBox();
 }
 
-TEST(CHTriangulationGeometry, BoxStartsFromSentinelsThatClipIt)
+TEST(CHTriangulationGeometry, BoxCentreDerivedVectorsAndFlatNormalsComeFromTheCorners)
 {
     CHTriangulation mesh(0, 1, 1, 1);
     mesh.CalcBoundingBox();
-    ExpectSamePoint(MinOf(mesh), Sse(1000000.0f, 1000000.0f, 1000000.0f, 1000000.0f));
-    ExpectSamePoint(MaxOf(mesh), Sse(-1000000.0f, -1000000.0f, -1000000.0f, -1000000.0f));
-
-    Fill(mesh, {{{{1, -2, 3}, {2000000.0f, 0, 3}, {-4, 5, -6}}}, {{{0, 0, 0}, {1, 1, 1}, {2, 2, 7}}}});
-    mesh.CalcBoundingBox();
-    ExpectSamePoint(MinOf(mesh), Sse(-4, -2, -6));
-    ExpectSamePoint(MaxOf(mesh), Sse(2000000.0f, 5, 7));
-
-    Fill(mesh, {{{{1500000.0f, 0, 0}, {1600000.0f, 1, 0}, {1700000.0f, 0, 1}}}});
-    mesh.CalcBoundingBox();
-    EXPECT_EQ(MinOf(mesh).x, 1000000.0f);
-    EXPECT_EQ(MaxOf(mesh).x, 1700000.0f);
-}
-
-TEST(CHTriangulationGeometry, CentreIsTheMeanOfAllCorners)
-{
-    CHTriangulation mesh(0, 1, 1, 1);
     mesh.CalcCenterPoint(); // no corners: 0 / 0
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[0]), (Lanes4{1e6f, 1e6f, 1e6f, 1e6f}));
     EXPECT_TRUE(std::isnan(mesh.GetPointArray()[2].x));
-    Fill(mesh, {{{{0, 0, 0}, {3, 0, 6}, {0, 3, 0}}}, {{{3, 3, 3}, {6, 0, 0}, {0, 0, 9}}}});
+    // The start values clip the box: no corner moves the minimum above 1000000.
+    Fill(mesh, {{{{1500000.0f, 0, 3}, {1600000.0f, 1, 0}, {1700000.0f, 0, 9}}}, {{{1500000.0f, 3, 3}, {1600000.0f, 0, 6}, {1500000.0f, 2, 3}}}});
+    mesh.CalcBoundingBox();
     mesh.CalcCenterPoint();
-    SSEPoint centre;
-    mesh.GetCenterPoint(centre);
-    ExpectSamePoint(centre, Sse(2, 1, 3));
-    ExpectSamePoint(mesh.GetPointArray()[2], centre);
-}
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[0]), (Lanes4{1e6f, 0, 0, 0}));
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{1700000.0f, 3, 9, 0}));
+    EXPECT_EQ(mesh.GetPointArray()[2].z, 4.0f); // the mean of all six corners
 
-TEST(CHTriangulationGeometry, DerivedVectorsAndFlatNormalsComeFromTheCorners)
-{
-    CHTriangulation mesh(0, 1, 1, 1);
     MakeOne(mesh);
     const t_htriangle& t = *mesh.GetTriangle(0);
-    ExpectSamePoint(*t.S, Sse(3, 4, 0));
-    ExpectSamePoint(*t.T, Sse(-1, 3, 6));
-    ExpectSamePoint(*t.V, Sse(-4, -1, 6));
-    ExpectSamePoint(*t.MinPoint, Sse(0, 2, 3));
-    ExpectSamePoint(*t.MaxPoint, Sse(4, 6, 9));
-
-    // S x T = (4*6 - 0*3, 0*(-1) - 3*6, 3*3 - 4*(-1)) = (24, -18, 13).
+    EXPECT_EQ(Lanes(*t.S), (Lanes4{3, 4, 0, 0}));
+    EXPECT_EQ(Lanes(*t.T), (Lanes4{-1, 3, 6, 0}));
+    EXPECT_EQ(Lanes(*t.V), (Lanes4{-4, -1, 6, 0}));
+    EXPECT_EQ(Lanes(*t.MinPoint), (Lanes4{0, 2, 3, 0}));
+    EXPECT_EQ(Lanes(*t.MaxPoint), (Lanes4{4, 6, 9, 0}));
+    // S x T = (4*6 - 0*3, 0*(-1) - 3*6, 3*3 - 4*(-1)) = (24, -18, 13), on all three
+    // corners, whichever way it faces, from either form; the main normal stays.
     *t.MainNormal = Sse(0.5f, 0.5f, 0.5f);
-    mesh.CalcNormalsFromVertices();
-    const float length = static_cast<float>(std::sqrt(24.0 * 24.0 + 18.0 * 18.0 + 13.0 * 13.0));
-    for (const SSEPoint* n : {t.N0, t.N1, t.N2}) {
-        ExpectNearPoint(*n, Sse(24.0f / length, -18.0f / length, 13.0f / length), 1e-6f);
+    const float length = std::sqrt(24.0f * 24.0f + 18.0f * 18.0f + 13.0f * 13.0f);
+    for (const std::function<void()>& calc : {std::function<void()>([&] { mesh.CalcNormalsFromVertices(); }),
+                                              std::function<void()>([&] { mesh.OrientTrianglesTowardsBBoxCenter(); })}) {
+        *t.N1 = Sse(0, 0, 0);
+        calc();
+        for (const SSEPoint* n : {t.N0, t.N1, t.N2}) ExpectNear(Lanes(*n), {24.0f / length, -18.0f / length, 13.0f / length, 0});
     }
-    ExpectSamePoint(*t.MainNormal, Sse(0.5f, 0.5f, 0.5f));
-
-    // Whichever way the triangles face, the "orienting" form gives S x T as well.
-    Fill(mesh, {{{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}}}, {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}}, {{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}}});
-    mesh.CalcSTV();
-    mesh.OrientTrianglesTowardsBBoxCenter();
-    ExpectSamePoint(*mesh.GetTriangle(0)->N2, Sse(0, 0, -1));
-    ExpectSamePoint(*mesh.GetTriangle(1)->N0, Sse(0, 0, 1));
-    EXPECT_TRUE(std::isnan(mesh.GetTriangle(2)->N1->z)); // degenerate: nothing to divide by
+    EXPECT_EQ(Lanes(*t.MainNormal), (Lanes4{0.5f, 0.5f, 0.5f, 0}));
 }
 
-TEST(CHTriangulationGeometry, ScalingsMultiplyCornersAndRefreshOnlyWhereTheyShould)
+TEST(CHTriangulationGeometry, ScalingsShiftAndTurnsMoveCornersToHandComputedPlaces)
 {
-    CHTriangulation mesh(0, 2, 3, 4);
-    MakeOne(mesh);
-    *mesh.GetTriangle(0)->P1 = Sse(4, 6, 3, 5); // a stray fourth lane is scaled to 0
-    mesh.ScaleTriangulation();
-    // Every MakeOne renews the records, so the triangle is looked up afresh.
-    const auto t = [&mesh]() -> const t_htriangle& { return *mesh.GetTriangle(0); };
-    ExpectSamePoint(*t().P0, Sse(2, 6, 12));
-    ExpectSamePoint(*t().P1, Sse(8, 18, 12));
-    ExpectSamePoint(*t().S, Sse(3, 4, 0)); // stale until CalcSTV
-    ExpectSamePoint(MaxOf(mesh), Sse(4, 6, 9));
-
-    mesh.ScaleTriangulationXY();
-    ExpectSamePoint(*t().P2, Sse(0, 45, 36));
-
-    // Rescaling multiplies by the new factors; it never divides by the old.
-    MakeOne(mesh);
-    mesh.ReScaleTriangulation(2, 2, 2);
-    mesh.ReScaleTriangulation(2, 2, 2);
-    ExpectSamePoint(*t().P1, Sse(16, 24, 12));
-    EXPECT_EQ(mesh.GetScaleX(), 2.0f);
-    ExpectSamePoint(*t().S, Sse(12, 16, 0));
-    ExpectSamePoint(*t().MaxPoint, Sse(16, 24, 36));
-    ExpectSamePoint(MinOf(mesh), Sse(0, 8, 12));
-
-    MakeOne(mesh);
-    *t().N0 = Sse(0, 0, 1);
-    mesh.BlowTriangulation(-1, 0.5f, 10);
-    ExpectSamePoint(*t().P0, Sse(-1, 1, 30));
-    ExpectSamePoint(*t().V, Sse(4, -0.5f, 60));
-    ExpectSamePoint(MinOf(mesh), Sse(-4, 1, 30));
-    ExpectSamePoint(*t().N0, Sse(0, 0, 1));
-    EXPECT_EQ(mesh.GetScaleX(), 2.0f);
-    float x = 0, y = 0, z = 0;
-    mesh.GetScanConvResolution(x, y, z);
-    EXPECT_EQ(x, 2.0f);
-}
-
-TEST(CHTriangulationGeometry, ShiftMovesCornersAndBoxesButNotTheEdgeVectorsOrTheCentre)
-{
+    const struct {
+        const char* what;
+        std::function<void(CHTriangulation&)> change;
+        Lanes4 p0;           // where (1, 2, 3) goes
+        bool derivedRenewed; // whether S and the boxes follow the corners
+    } cases[] = {
+        {"scale", [](CHTriangulation& m) { m.ScaleTriangulation(); }, {2, 6, 12, 0}, false},
+        {"scale in x and y", [](CHTriangulation& m) { m.ScaleTriangulationXY(); }, {2, 6, 3, 0}, false},
+        // Rescaling stores the factors and multiplies by them; it never divides by the old.
+        {"rescale twice", [](CHTriangulation& m) { m.ReScaleTriangulation(2, 2, 2); m.ReScaleTriangulation(2, 2, 2); }, {4, 8, 12, 0}, true},
+        {"blow", [](CHTriangulation& m) { m.BlowTriangulation(-1, 0.5f, 10); }, {-1, 1, 30, 0}, true},
+        {"first angle", [](CHTriangulation& m) { m.TransformVertices(1.57079632679f, 0); }, {2, -1, 3, 0}, true},
+        {"second angle", [](CHTriangulation& m) { m.TransformVertices(0, 1.57079632679f); }, {3, 2, -1, 0}, true},
+        {"third angle", [](CHTriangulation& m) { m.TransformVertices(0, 0, 1.57079632679f); }, {1, 3, -2, 0}, true},
+        // About (1, 1, 1): (1, 2, 3) - pivot = (0, 1, 2) turns to (1, 0, 2) and (0, 2, -1).
+        {"about a point", [](CHTriangulation& m) { SSEPoint c = Sse(1, 1, 1); m.TransformVerticesAboutPoint(1.57079632679f, 0, c); }, {2, 1, 3, 0}, true},
+        {"about a point, third angle", [](CHTriangulation& m) { SSEPoint c = Sse(1, 1, 1); m.TransformVerticesAboutPoint(0, 0, 1.57079632679f, c); }, {1, 3, 0, 0}, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        CHTriangulation mesh(0, 2, 3, 4);
+        MakeOne(mesh);
+        mesh.CalcCenterPoint();
+        *mesh.GetTriangle(0)->N0 = Sse(0, 1, 0);
+        *mesh.GetTriangle(0)->P1 = Sse(4, 6, 3, 5); // a stray fourth lane is scaled or turned to 0
+        c.change(mesh);
+        const t_htriangle& t = *mesh.GetTriangle(0);
+        ExpectNear(Lanes(*t.P0), c.p0);
+        EXPECT_EQ(t.P1->w, 0.0f);
+        const Lanes4 s = {t.P1->x - t.P0->x, t.P1->y - t.P0->y, t.P1->z - t.P0->z, 0};
+        EXPECT_EQ(Lanes(*t.S), c.derivedRenewed ? s : (Lanes4{3, 4, 0, 0}));
+        EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), c.derivedRenewed ? Lanes(*t.MaxPoint) : (Lanes4{4, 6, 9, 0}));
+        EXPECT_EQ(Lanes(*t.N0), (Lanes4{0, 1, 0, 0})) << "normals never change";
+        EXPECT_EQ(Lanes(mesh.GetPointArray()[2]), (Lanes4{5.0f / 3, 13.0f / 3, 5, 0})) << "nor does the centre";
+    }
+    // The shift moves corners and boxes but keeps S, T and V bit for bit.
     CHTriangulation mesh(0, 1, 1, 1);
     Fill(mesh, {{{{0.1f, 0.2f, 0.3f}, {1.7f, 0.9f, -2.5f}, {3.3f, -1.1f, 0.7f}}}});
     mesh.CalcSTV();
     mesh.CalcBoundingBox();
-    mesh.CalcCenterPoint();
     const t_htriangle& t = *mesh.GetTriangle(0);
-    const SSEPoint s = *t.S, tt = *t.T, v = *t.V, centre = mesh.GetPointArray()[2];
-
+    const SSEPoint s = *t.S;
     mesh.ShiftTriangulation(1000.5f, -3, 0.25f);
-    // Differences of the moved corners could round otherwise; the shift
-    // leaves the stored vectors bit for bit as they were.
     EXPECT_EQ(std::memcmp(t.S, &s, sizeof s), 0);
-    EXPECT_EQ(std::memcmp(t.T, &tt, sizeof tt), 0);
-    EXPECT_EQ(std::memcmp(t.V, &v, sizeof v), 0);
-    ExpectSamePoint(*t.P0, Sse(0.1f + 1000.5f, 0.2f - 3, 0.3f + 0.25f));
-    ExpectSamePoint(*t.MinPoint, Sse(0.1f + 1000.5f, -1.1f - 3, -2.5f + 0.25f));
-    ExpectSamePoint(*t.MaxPoint, Sse(3.3f + 1000.5f, 0.9f - 3, 0.7f + 0.25f));
-    ExpectSamePoint(MinOf(mesh), *t.MinPoint);
-    ExpectSamePoint(MaxOf(mesh), *t.MaxPoint);
-    ExpectSamePoint(mesh.GetPointArray()[2], centre);
-}
-
-TEST(CHTriangulationGeometry, QuarterTurnsMoveCornersToHandComputedPlaces)
-{
-    struct Case {
-        const char* name;
-        void (*turn)(CHTriangulation&);
-        SSEPoint expected; // where (1, 2, 3) goes
-    };
-    static SSEPoint pivot;
-    pivot = Sse(1, 1, 1);
-    const Case cases[] = {
-        {"first angle", [](CHTriangulation& m) { m.TransformVertices(kHalfPi, 0); }, Sse(2, -1, 3)},
-        {"second angle", [](CHTriangulation& m) { m.TransformVertices(0, kHalfPi); }, Sse(3, 2, -1)},
-        {"third angle", [](CHTriangulation& m) { m.TransformVertices(0, 0, kHalfPi); }, Sse(1, 3, -2)},
-        {"first of three", [](CHTriangulation& m) { m.TransformVertices(kHalfPi, 0, 0); }, Sse(2, -1, 3)},
-        // About (1, 1, 1): (1, 2, 3) - pivot = (0, 1, 2) turns to (1, 0, 2).
-        {"about a point", [](CHTriangulation& m) { m.TransformVerticesAboutPoint(kHalfPi, 0, pivot); }, Sse(2, 1, 3)},
-        {"about a point, three angles",
-         [](CHTriangulation& m) { m.TransformVerticesAboutPoint(0, 0, kHalfPi, pivot); }, Sse(1, 3, 0)},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        CHTriangulation mesh(0, 1, 1, 1);
-        Fill(mesh, {{{{1, 2, 3}, {0, 0, 0}, {1, 1, 1}}}});
-        mesh.CalcCenterPoint();
-        *mesh.GetTriangle(0)->N0 = Sse(0, 1, 0);
-        c.turn(mesh);
-        const t_htriangle& t = *mesh.GetTriangle(0);
-        ExpectNearPoint(*t.P0, c.expected, 1e-6f);
-        EXPECT_EQ(t.P0->w, 0.0f);
-        // Box and edge vectors follow the corners, the normals and centre do not.
-        ExpectNearPoint(*t.S, Sse(t.P1->x - t.P0->x, t.P1->y - t.P0->y, t.P1->z - t.P0->z), 0.0f);
-        ExpectSamePoint(MaxOf(mesh), *t.MaxPoint);
-        ExpectSamePoint(*t.N0, Sse(0, 1, 0));
-        ExpectSamePoint(mesh.GetPointArray()[2], Sse(2.0f / 3, 1, 4.0f / 3));
-    }
-}
-
-TEST(CHTriangulationGeometry, RotationsKeepLengthsAndTheTwoAngleFormIsTheThreeAngleFormWithoutTheThird)
-{
-    std::mt19937 random(7);
-    std::uniform_real_distribution<float> angle(-3.2f, 3.2f), coordinate(-50.0f, 50.0f);
-    for (int round = 0; round < 20; ++round) {
-        CHTriangulation mesh(0, 1, 1, 1);
-        Fill(mesh, {{{{coordinate(random), coordinate(random), coordinate(random)},
-                      {coordinate(random), coordinate(random), coordinate(random)},
-                      {coordinate(random), coordinate(random), coordinate(random)}}}});
-        mesh.CalcSTV();
-        const t_htriangle& t = *mesh.GetTriangle(0);
-        const auto lengths = [&t] {
-            const auto length = [](const SSEPoint& e) { return std::sqrt(e.x * e.x + e.y * e.y + e.z * e.z); };
-            return std::array<float, 3>{length(*t.S), length(*t.T), length(*t.V)};
-        };
-        const std::array<float, 3> before = lengths();
-        CHTriangulation twin(&mesh);
-
-        const float a = angle(random), b = angle(random), c = angle(random);
-        mesh.TransformVertices(a, b, c);
-        const std::array<float, 3> after = lengths();
-        for (int k = 0; k < 3; ++k) EXPECT_NEAR(after[k], before[k], 1e-4f * (1.0f + before[k]));
-
-        mesh.CopyFromHTriangulation(&twin);
-        mesh.TransformVertices(a, b);
-        twin.TransformVertices(a, b, 0.0f);
-        for (int k = 0; k < 3; ++k) ExpectNearPoint(mesh.GetEdgeArray()[k], twin.GetEdgeArray()[k], 1e-4f);
-    }
+    EXPECT_EQ(Lanes(*t.P0), (Lanes4{0.1f + 1000.5f, 0.2f - 3, 0.3f + 0.25f, 0}));
+    EXPECT_EQ(Lanes(*t.MinPoint), (Lanes4{0.1f + 1000.5f, -1.1f - 3, -2.5f + 0.25f, 0}));
+    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{3.3f + 1000.5f, 0.9f - 3, 0.7f + 0.25f, 0}));
 }
 
 } // namespace
