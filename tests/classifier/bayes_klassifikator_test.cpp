@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
+#include <random>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "classifier/classifier_helpers.h"
@@ -13,7 +12,6 @@
 
 using vek::test::NewElement;
 using vek::test::NewSample;
-using vek::test::NormalSource;
 
 namespace {
 
@@ -28,195 +26,134 @@ int ClassOf(ZrCKlassifikator& k, std::initializer_list<float> features)
     return k.Classify(e.get());
 }
 
+void Fill(ZrCKlassifikator& k, int numClasses, std::initializer_list<std::tuple<float, float, int>> elements)
+{
+    k.setNumClasses(numClasses);
+    for (auto [x, y, c] : elements) k.AddEntryTrainingset(NewElement({x, y}, c));
+}
+
 // Class 0: (1, 2) and (3, 6), mean (2, 4), covariance [[1, 2], [2, 4]].
 // Class 1: (0, 0), (0, 0) and (3, 3), mean (1, 1), covariance 2 throughout.
 void FillHandSet(ZrCKlassifikator& k)
 {
-    k.setNumClasses(2);
-    for (auto [x, y, c] : {std::tuple{1, 2, 0}, {0, 0, 1}, {3, 6, 0}, {0, 0, 1}, {3, 3, 1}}) {
-        k.AddEntryTrainingset(NewElement({static_cast<float>(x), static_cast<float>(y)}, c));
-    }
+    Fill(k, 2, {{1, 2, 0}, {0, 0, 1}, {3, 6, 0}, {0, 0, 1}, {3, 3, 1}});
 }
 
-TEST(ZrCBayesKlassifikatorTest, TrainingsGiveMeanAndCovarianceWithLoadOrFloor)
+TEST(ZrCBayesKlassifikator, TrainingsGiveMeanAndCovarianceWithTheLoadOrTheFloorAtEveryStep)
 {
-    ZrCBayesKlassifikator loaded;
+    ZrCBayesKlassifikator loaded, floored, empty;
     FillHandSet(loaded);
     loaded.Training(false);
-    EXPECT_TRUE(loaded.Trained);
     ASSERT_EQ(loaded.Patterns.GetCount(), 2);
     const ZrCKlassenmuster* first = ModelAt(loaded, 0);
-    EXPECT_EQ(first->Mean[0], 2.0f);
-    EXPECT_EQ(first->Mean[1], 4.0f);
-    EXPECT_FLOAT_EQ(first->Covariance[0][0], 1.1f);
-    EXPECT_FLOAT_EQ(first->Covariance[1][0], 2.0f);
-    EXPECT_FLOAT_EQ(first->Covariance[1][1], 4.1f);
-    const ZrCKlassenmuster* second = ModelAt(loaded, 1);
-    EXPECT_EQ(second->Mean[0], 1.0f);
-    EXPECT_FLOAT_EQ(second->Covariance[0][1], 2.0f);
-    EXPECT_FLOAT_EQ(second->Covariance[1][1], 2.1f);
+    EXPECT_EQ(std::vector<float>(first->Mean, first->Mean + 2), (std::vector<float>{2, 4}));
+    EXPECT_EQ(std::vector<float>(first->Covariance[0], first->Covariance[0] + 4), (std::vector<float>{1.1f, 2, 2, 4.1f}));
+    EXPECT_FLOAT_EQ(ModelAt(loaded, 1)->Covariance[1][1], 2.1f);
 
     // Each element of class 0 adds 0.5 to the first variance: the floor of 2
     // lifts the first step to 2 and the second adds on top, 2.5. A floor on
     // the final sum only would give max(2, 1) = 2.
-    ZrCBayesKlassifikator floored;
     FillHandSet(floored);
     float minVariance[2] = {2.0f, 0.5f};
     floored.Training(minVariance);
-    EXPECT_EQ(ModelAt(floored, 0)->Covariance[0][0], 2.5f);
-    EXPECT_EQ(ModelAt(floored, 0)->Covariance[1][1], 4.0f);
-    EXPECT_EQ(ModelAt(floored, 0)->Covariance[0][1], 2.0f);
-
+    EXPECT_EQ(std::vector<float>(ModelAt(floored, 0)->Covariance[0], ModelAt(floored, 0)->Covariance[0] + 4),
+              (std::vector<float>{2.5f, 2, 2, 4}));
     // On an empty set only the floored training runs, with one model per class.
-    ZrCBayesKlassifikator empty;
     empty.setNumClasses(2);
     empty.Training(false);
     EXPECT_FALSE(empty.Trained);
     empty.Training(minVariance);
-    EXPECT_TRUE(empty.Trained);
     EXPECT_EQ(empty.Patterns.GetCount(), 2);
 }
 
-TEST(ZrCBayesKlassifikatorTest, ClassesWithoutAUsableModelScoreZeroOrNeverWin)
+TEST(ZrCBayesKlassifikator, ClassesWithoutAUsableModelScoreZeroOrNeverWinAndTiesGoToTheLowerClass)
 {
-    ZrCBayesKlassifikator untrained;
+    ZrCBayesKlassifikator untrained, partly, singular, twins;
     FillHandSet(untrained);
     EXPECT_EQ(ClassOf(untrained, {100, -100}), 0); // no models: every score is 0
-    untrained.setNumClasses(0);
-    EXPECT_EQ(ClassOf(untrained, {100, -100}), -1);
-
-    // Classes beyond the trained models score 0 and beat far-off models.
-    ZrCBayesKlassifikator partly;
     FillHandSet(partly);
     partly.Training(false);
     EXPECT_EQ(ClassOf(partly, {2}), -1); // too short for a decision
-    partly.setNumClasses(4);
+    partly.setNumClasses(4);             // classes beyond the models score 0 and beat far-off models
     EXPECT_EQ(ClassOf(partly, {50, 50}), 2);
-
-    // A single element gives a zero covariance without a load: singular, so
-    // its class loses even at its own point; alone it leaves no decision.
-    ZrCBayesKlassifikator singular;
-    singular.setNumClasses(2);
-    singular.AddEntryTrainingset(NewElement({0, 0}, 0));
-    for (auto [x, y] : {std::pair{10, 10}, {12, 10}, {10, 12}}) {
-        singular.AddEntryTrainingset(NewElement({static_cast<float>(x), static_cast<float>(y)}, 1));
-    }
+    // A single element without a load gives a singular covariance: its class
+    // loses even at its own point, and alone it leaves no decision.
+    Fill(singular, 2, {{0, 0, 0}, {10, 10, 1}, {12, 10, 1}, {10, 12, 1}});
     float noFloor[2] = {0.0f, 0.0f};
     singular.Training(noFloor);
-    EXPECT_EQ(CFMatrix::fmat_det(ModelAt(singular, 0)->Covariance), 0.0);
     EXPECT_EQ(ClassOf(singular, {0, 0}), 1);
     singular.setNumClasses(1);
     EXPECT_EQ(ClassOf(singular, {0, 0}), -1);
-
-    // Equal models tie, and the lower class wins.
-    ZrCBayesKlassifikator twins;
-    twins.setNumClasses(2);
-    for (int c = 0; c < 2; ++c) {
-        twins.AddEntryTrainingset(NewElement({1, 2}, c));
-        twins.AddEntryTrainingset(NewElement({2, 0}, c));
-    }
+    Fill(twins, 2, {{1, 2, 0}, {2, 0, 0}, {1, 2, 1}, {2, 0, 1}});
     twins.Training(false);
     EXPECT_EQ(ClassOf(twins, {3.0f, -1.0f}), 0);
 }
 
-TEST(ZrCBayesKlassifikatorTest, RejectThresholdUsesThePlainClassFraction)
+TEST(ZrCBayesKlassifikator, RejectThresholdUsesThePlainClassFraction)
 {
     // One feature; class 0 from -1 and 1 has mean 0 and variance 1, so its
     // score is 1/NumClasses - 0.5 x^2. Class 1 sits far away near 1000.
-    auto train = [](ZrCBayesKlassifikator& k, int numClasses) {
-        k.setNumClasses(numClasses);
-        for (auto [x, c] : {std::pair{-1, 0}, {1, 0}, {999, 1}, {1001, 1}}) {
-            k.AddEntryTrainingset(NewElement({static_cast<float>(x)}, c));
-        }
+    ZrCBayesKlassifikator one, two;
+    for (auto [k, numClasses] : {std::pair{&one, 1}, {&two, 2}}) {
+        k->setNumClasses(numClasses);
+        for (auto [x, c] : {std::pair{-1.0f, 0}, {1.0f, 0}, {999.0f, 1}, {1001.0f, 1}}) k->AddEntryTrainingset(NewElement({x}, c));
         float noFloor[1] = {0.0f};
-        k.Training(noFloor);
-    };
-    ZrCBayesKlassifikator one;
-    train(one, 1);
-    ZrCBayesKlassifikator two;
-    train(two, 2);
-
+        k->Training(noFloor);
+    }
     // x^2 = 10000.9: 1 - 5000.45 and 0.5 - 5000.45 both stay above -5000.
-    EXPECT_EQ(ClassOf(one, {100.0045f}), 0);
-    EXPECT_EQ(ClassOf(two, {100.0045f}), 0);
-    // x^2 = 10001.5: 1 - 5000.75 is kept, 0.5 - 5000.75 rejected. A log
-    // prior (0 and -0.69) would reject both.
-    EXPECT_EQ(ClassOf(one, {100.0075f}), 0);
-    EXPECT_EQ(ClassOf(two, {100.0075f}), -1);
+    EXPECT_EQ(std::pair(ClassOf(one, {100.0045f}), ClassOf(two, {100.0045f})), std::pair(0, 0));
+    // x^2 = 10001.5: 1 - 5000.75 is kept, 0.5 - 5000.75 rejected. A log prior
+    // (0 and -0.69) would reject both.
+    EXPECT_EQ(std::pair(ClassOf(one, {100.0075f}), ClassOf(two, {100.0075f})), std::pair(0, -1));
 }
 
-// Three clouds of standard deviation 1 in three features, at least 6 apart.
-const std::vector<std::vector<float>> kCloudMeans = {{0, 0, 0}, {6, 0, 0}, {0, 6, 3}};
-
-void FillClouds(ZrCKlassifikator& k, NormalSource& source, int perClass)
+TEST(ZrCBayesKlassifikator, SeparatesGaussianCloudsAndALoadedTrainingSetTrainsToTheSameDecisions)
 {
+    // Three clouds of standard deviation 1 in three features, at least 6 apart.
+    const std::vector<std::vector<float>> means = {{0, 0, 0}, {6, 0, 0}, {0, 6, 3}};
+    std::mt19937 engine(12345);
+    ZrCBayesKlassifikator k, loaded;
     k.setNumClasses(3);
-    for (int i = 0; i < perClass; ++i) {
-        for (int c = 0; c < 3; ++c) k.AddEntryTrainingset(NewSample(source, kCloudMeans[c], 1.0f, c));
+    for (int i = 0; i < 200; ++i) {
+        for (int c = 0; c < 3; ++c) k.AddEntryTrainingset(NewSample(engine, means[c], 1.0f, c));
     }
-}
-
-TEST(ZrCBayesKlassifikatorTest, SeparatesGaussianCloudsWithKnownMeans)
-{
-    NormalSource source(12345);
-    ZrCBayesKlassifikator k;
-    FillClouds(k, source, 200);
+    vek::test::SerializeFromBytes(loaded, vek::test::SerializeToBytes(k));
     k.Training(false);
+    loaded.Training(false);
     for (int c = 0; c < 3; ++c) {
-        for (int f = 0; f < 3; ++f) EXPECT_NEAR(ModelAt(k, c)->Mean[f], kCloudMeans[c][f], 0.3f);
-        for (int f = 0; f < 3; ++f) EXPECT_NEAR(ModelAt(k, c)->Covariance[f][f], 1.1f, 0.3f);
+        for (int f = 0; f < 3; ++f) EXPECT_NEAR(ModelAt(k, c)->Mean[f], means[c][f], 0.3f);
     }
-
-    // Fresh samples: the clouds are three standard deviations from each
-    // half-way plane, so about one sample in a thousand may go astray.
+    // Three standard deviations from each half-way plane: about one sample in
+    // a thousand may go astray.
     int wrong = 0;
     for (int i = 0; i < 300; ++i) {
         for (int c = 0; c < 3; ++c) {
-            std::unique_ptr<ZrCKlassenelement> e(NewSample(source, kCloudMeans[c], 1.0f, 0));
+            std::unique_ptr<ZrCKlassenelement> e(NewSample(engine, means[c], 1.0f, 0));
             wrong += k.Classify(e.get()) == c ? 0 : 1;
+            std::unique_ptr<ZrCKlassenelement> probe(NewSample(engine, {3, 3, 1.5f}, 6.0f, 0));
+            EXPECT_EQ(loaded.Classify(probe.get()), k.Classify(probe.get()));
         }
     }
     EXPECT_LE(wrong, 9);
     EXPECT_EQ(ClassOf(k, {200, 200, 200}), -1); // far from every cloud
 }
 
-TEST(ZrCBayesKlassifikatorTest, ALoadedTrainingSetTrainsToTheSameDecisions)
+TEST(ZrCBayesKlassifikator, ShownTrainingReportHoldsTheFirstNineMeans)
 {
-    NormalSource source(99);
-    ZrCBayesKlassifikator original;
-    FillClouds(original, source, 60);
-    const std::vector<BYTE> bytes = vek::test::StoreToBytes([&](CArchive& ar) { original.Serialize(ar); });
-    ZrCBayesKlassifikator loaded;
-    vek::test::LoadFromBytes(bytes, [&](CArchive& ar) { loaded.Serialize(ar); });
-    original.Training(false);
-    loaded.Training(false);
-
-    NormalSource probes(7);
-    for (int i = 0; i < 300; ++i) {
-        std::unique_ptr<ZrCKlassenelement> e(NewSample(probes, {3, 3, 1.5f}, 6.0f, 0));
-        EXPECT_EQ(loaded.Classify(e.get()), original.Classify(e.get()));
-    }
-}
-
-TEST(ZrCBayesKlassifikatorTest, ShownTrainingReportHoldsTheFirstNineMeans)
-{
-    vek::test::MessageRecorder recorder;
-    ZrCBayesKlassifikator k;
+    vek::test::RecordedHooks hooks;
+    ZrCBayesKlassifikator k, quiet;
     k.setNumClasses(2);
     k.AddEntryTrainingset(NewElement({1, 2, 3, 4, 5, 6, 7, 8, 10.5f, 99}, 0));
     k.AddEntryTrainingset(NewElement({1, 2, 3, 4, 5, 6, 7, 8, 9, 99}, 1));
     k.AddEntryTrainingset(NewElement({-1, 2, 3, 4, 5, 6, 7, 8, 9, 99}, 1));
     k.Training(true);
-    ASSERT_EQ(recorder.messages.size(), 2u);
-    EXPECT_EQ(recorder.messages[0], "Trainingsergebnis\n\n 1.0   2.0    3.0 \n 4.0   5.0    6.0 \n 7.0   8.0    10.5 ");
-    EXPECT_EQ(recorder.messages[1], "Trainingsergebnis\n\n 0.0   2.0    3.0 \n 4.0   5.0    6.0 \n 7.0   8.0    9.0 ");
-
+    EXPECT_EQ(hooks.messages, (std::vector<std::string>{"Trainingsergebnis\n\n 1.0   2.0    3.0 \n 4.0   5.0    6.0 \n 7.0   8.0    10.5 ",
+                                                         "Trainingsergebnis\n\n 0.0   2.0    3.0 \n 4.0   5.0    6.0 \n 7.0   8.0    9.0 "}));
     // Without the flag, or with fewer than nine features, nothing is shown.
-    ZrCBayesKlassifikator quiet;
     FillHandSet(quiet);
     quiet.Training(true);
     k.Training(false);
-    EXPECT_EQ(recorder.messages.size(), 2u);
+    EXPECT_EQ(hooks.messages.size(), 2u);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -9,21 +10,26 @@
 
 namespace {
 
-// Owns a matrix for the length of a test.
-struct Matrix {
-    explicit Matrix(float** m) : m(m) {}
-    Matrix(int rows, int columns, std::vector<float> values) : m(CFMatrix::fmat_creat(rows, columns, values.data())) {}
-    ~Matrix() { CFMatrix::fmat_free(m); }
-    Matrix(const Matrix&) = delete;
-    Matrix& operator=(const Matrix&) = delete;
-    float** m;
+struct Free {
+    void operator()(float** m) const { CFMatrix::fmat_free(m); }
 };
+using Matrix = std::unique_ptr<float*, Free>;
 
-// Determinant as the Leibniz sum over all permutations: slow, but it shares
-// nothing with elimination.
+Matrix Make(int rows, int columns, std::vector<float> values)
+{
+    return Matrix(CFMatrix::fmat_creat(rows, columns, values.data()));
+}
+
+std::vector<float> Elements(float** m)
+{
+    return std::vector<float>(m[0], m[0] + CFMatrix::fmat_rows(m) * CFMatrix::fmat_columns(m));
+}
+
+// The determinant as the Leibniz sum over all permutations: slow, but it
+// shares nothing with elimination.
 double LeibnizDeterminant(float** a, int n)
 {
-    std::vector<int> p(static_cast<std::size_t>(n));
+    std::vector<int> p(n);
     for (int i = 0; i < n; ++i) p[i] = i;
     double det = 0.0;
     do {
@@ -37,77 +43,54 @@ double LeibnizDeterminant(float** a, int n)
     return det;
 }
 
-TEST(CFMatrixTest, ElementwiseProductAndTransposeFollowTheHandCalculation)
+TEST(CFMatrix, ProductDifferenceAndTransposeByHandAndMisfitsGiveNull)
 {
-    Matrix zero(CFMatrix::fmat_creat(2, 3, 0));
-    EXPECT_EQ(CFMatrix::fmat_rows(zero.m), 2);
-    EXPECT_EQ(CFMatrix::fmat_columns(zero.m), 3);
-    EXPECT_EQ(zero.m[1][2], 0.0f);
+    const Matrix a = Make(2, 3, {1, 2, 3, 4, 5, 6}), b = Make(3, 2, {7, 8, 9, 10, 11, 12});
+    const Matrix product(CFMatrix::fmat_mul(a.get(), b.get())), transposed(CFMatrix::fmat_tran(b.get()));
+    const Matrix difference(CFMatrix::fmat_sub(a.get(), transposed.get()));
+    EXPECT_EQ(CFMatrix::fmat_columns(product.get()), 2);
+    EXPECT_EQ(Elements(product.get()), (std::vector<float>{58, 64, 139, 154})); // 7 + 18 + 33, 8 + 20 + 36, ...
+    EXPECT_EQ(Elements(difference.get()), (std::vector<float>{1 - 7, 2 - 9, 3 - 11, 4 - 8, 5 - 10, 6 - 12}));
+    const Matrix zero(CFMatrix::fmat_creat(2, 3, nullptr));
+    EXPECT_EQ(Elements(zero.get()), std::vector<float>(6, 0.0f));
 
-    Matrix a(2, 3, {1, 2, 3, 4, 5, 6});
-    Matrix b(3, 2, {7, 8, 9, 10, 11, 12});
-    Matrix product(CFMatrix::fmat_mul(a.m, b.m));
-    ASSERT_EQ(CFMatrix::fmat_rows(product.m), 2);
-    ASSERT_EQ(CFMatrix::fmat_columns(product.m), 2);
-    EXPECT_EQ(product.m[0][0], 58.0f);  // 7 + 18 + 33
-    EXPECT_EQ(product.m[0][1], 64.0f);  // 8 + 20 + 36
-    EXPECT_EQ(product.m[1][0], 139.0f); // 28 + 45 + 66
-    EXPECT_EQ(product.m[1][1], 154.0f); // 32 + 50 + 72
-
-    Matrix transposed(CFMatrix::fmat_tran(b.m));
-    Matrix difference(CFMatrix::fmat_sub(a.m, transposed.m));
-    ASSERT_EQ(CFMatrix::fmat_rows(difference.m), 2);
-    EXPECT_EQ(difference.m[0][1], 2.0f - 9.0f);
-    EXPECT_EQ(difference.m[1][2], 6.0f - 12.0f);
-
-    // Sizes that don't fit, and null arguments, give null or not-a-number.
-    EXPECT_EQ(CFMatrix::fmat_sub(a.m, b.m), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_mul(a.m, a.m), nullptr);
-    EXPECT_EQ(CFMatrix::fmat_inv(a.m), nullptr);
-    EXPECT_TRUE(std::isnan(CFMatrix::fmat_det(a.m)));
+    EXPECT_EQ(CFMatrix::fmat_sub(a.get(), b.get()), nullptr);
+    EXPECT_EQ(CFMatrix::fmat_mul(a.get(), a.get()), nullptr);
+    EXPECT_EQ(CFMatrix::fmat_inv(a.get()), nullptr);
+    EXPECT_TRUE(std::isnan(CFMatrix::fmat_det(a.get())));
     EXPECT_EQ(CFMatrix::fmat_tran(nullptr), nullptr);
     EXPECT_EQ(CFMatrix::fmat_creat(-1, 2, nullptr), nullptr);
-    CFMatrix::fmat_free(nullptr);
 }
 
-TEST(CFMatrixTest, InverseAndDeterminantOfRandomMatricesMatchIndependentChecks)
+TEST(CFMatrix, InverseAndDeterminantOfRandomMatricesMatchIndependentChecks)
 {
     std::mt19937 engine(20240611);
     for (int trial = 0; trial < 60; ++trial) {
         const int n = 1 + trial % 5;
-        std::vector<float> values(static_cast<std::size_t>(n * n));
+        std::vector<float> values(n * n);
         // Small integers keep the Leibniz sum exact; zeros force row exchanges.
         for (float& v : values) v = static_cast<float>(static_cast<int>(engine() % 19) - 9);
-        Matrix a(n, n, values);
-
-        const double expected = LeibnizDeterminant(a.m, n);
-        EXPECT_NEAR(CFMatrix::fmat_det(a.m), expected, 1e-9 * std::max(1.0, std::fabs(expected))) << trial;
+        const Matrix a = Make(n, n, values);
+        const double expected = LeibnizDeterminant(a.get(), n);
+        EXPECT_NEAR(CFMatrix::fmat_det(a.get()), expected, 1e-9 * std::max(1.0, std::fabs(expected))) << trial;
         if (expected == 0.0) continue;
-        Matrix inverse(CFMatrix::fmat_inv(a.m));
-        ASSERT_NE(inverse.m, nullptr) << trial;
+        const Matrix inverse(CFMatrix::fmat_inv(a.get()));
+        ASSERT_NE(inverse.get(), nullptr) << trial;
         for (int r = 0; r < n; ++r) {
             for (int c = 0; c < n; ++c) {
                 double sum = 0.0;
-                for (int k = 0; k < n; ++k) sum += static_cast<double>(a.m[r][k]) * inverse.m[k][c];
+                for (int k = 0; k < n; ++k) sum += static_cast<double>(a.get()[r][k]) * inverse.get()[k][c];
                 EXPECT_NEAR(sum, r == c ? 1.0 : 0.0, 1e-4) << trial;
             }
         }
     }
-}
-
-TEST(CFMatrixTest, SingularMatricesHaveDeterminantZeroAndNoInverse)
-{
-    Matrix zero(CFMatrix::fmat_creat(3, 3, nullptr));
-    EXPECT_EQ(CFMatrix::fmat_det(zero.m), 0.0);
-    EXPECT_EQ(CFMatrix::fmat_inv(zero.m), nullptr);
-
-    Matrix dependentRows(3, 3, {1, 2, 3, 2, 4, 6, 0, 1, 5});
-    EXPECT_EQ(CFMatrix::fmat_det(dependentRows.m), 0.0);
-    EXPECT_EQ(CFMatrix::fmat_inv(dependentRows.m), nullptr);
-
-    // The empty matrix is the identity of size 0.
-    Matrix empty(CFMatrix::fmat_creat(0, 0, nullptr));
-    EXPECT_EQ(CFMatrix::fmat_det(empty.m), 1.0);
+    // Singular matrices have determinant exactly 0 and no inverse; the empty one is the identity.
+    const Matrix singulars[] = {Make(3, 3, std::vector<float>(9, 0.0f)), Make(3, 3, {1, 2, 3, 2, 4, 6, 0, 1, 5})};
+    for (const Matrix& singular : singulars) {
+        EXPECT_EQ(CFMatrix::fmat_det(singular.get()), 0.0);
+        EXPECT_EQ(CFMatrix::fmat_inv(singular.get()), nullptr);
+    }
+    EXPECT_EQ(CFMatrix::fmat_det(Make(0, 0, {}).get()), 1.0);
 }
 
 } // namespace

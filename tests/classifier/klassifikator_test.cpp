@@ -1,35 +1,39 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <random>
+#include <string>
+#include <unistd.h>
+
 #include "classifier/classifier_helpers.h"
+#include "support/archive_bytes.h"
 #include "vekdll/classifier/bayes_klassifikator.h"
-#include "vekdll/classifier/klassifikator.h"
 #include "vekdll/platform/framework_exceptions.h"
 
-using vek::test::FillTwoClasses;
 using vek::test::NewElement;
+using vek::test::SerializeFromBytes;
+using vek::test::SerializeToBytes;
 
 namespace {
 
-TEST(ZrCKlassifikatorTest, EveryChangeOfDataClearsTrained)
+// Two classes of one element each: (1, 2) in class 0 and (3, 4) in class 1.
+void FillTwoClasses(ZrCKlassifikator& k)
+{
+    k.setNumClasses(2);
+    k.AddEntryTrainingset(NewElement({1, 2}, 0));
+    k.AddEntryTrainingset(NewElement({3, 4}, 1));
+}
+
+TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetButNoModels)
 {
     ZrCBayesKlassifikator k;
     FillTwoClasses(k);
     k.Training(false);
-    ASSERT_TRUE(k.Trained);
-    k.setNumClasses(2);
-    EXPECT_TRUE(k.Trained); // the same value is no change
+    k.setNumClasses(2); // the same value is no change
+    EXPECT_TRUE(k.Trained);
     k.setNumClasses(3);
     EXPECT_FALSE(k.Trained);
-
-    // A vector of another length changes NumFeatures; older ones keep theirs.
-    k.Trained = true;
-    k.AddEntryTrainingset(NewElement({1, 2, 3}, 0));
-    EXPECT_EQ(k.NumFeatures, 3);
-    EXPECT_EQ(k.TrainingSet.GetHead()->NumFeatures, 2);
-    EXPECT_FALSE(k.Trained);
-
-    // A list gives its first element's length and hands over all elements;
-    // an empty list changes nothing.
+    // A list gives its first element's length and hands over all elements; an empty list changes nothing.
     CTypedPtrList<CPtrList, ZrCKlassenelement*> list;
     k.Trained = true;
     k.AddEntriesTrainingset(&list);
@@ -38,43 +42,133 @@ TEST(ZrCKlassifikatorTest, EveryChangeOfDataClearsTrained)
     list.AddTail(NewElement({1}, 1));
     k.AddEntriesTrainingset(&list);
     EXPECT_EQ(k.NumFeatures, 4);
-    EXPECT_EQ(k.TrainingSet.GetCount(), 5);
+    EXPECT_EQ(k.TrainingSet.GetCount(), 4);
     EXPECT_FALSE(k.Trained);
 
+    ZrCBayesKlassifikator source, copy;
+    FillTwoClasses(source);
+    source.Training(false);
+    copy.AddEntryTrainingset(NewElement({9, 9, 9}, 0));
+    copy.CopyFrom(&source);
+    copy.CopyFrom(&copy);
+    EXPECT_EQ(std::pair(copy.NumClasses, copy.NumFeatures), std::pair(2, 2));
+    EXPECT_TRUE(copy.Patterns.IsEmpty() && !copy.Trained);
+    EXPECT_NE(copy.TrainingSet.GetHead(), source.TrainingSet.GetHead());
+    EXPECT_EQ(SerializeToBytes(copy), SerializeToBytes(source));
+    EXPECT_THROW(copy.CopyFrom(nullptr), CInvalidArgException);
     k.ClearAll();
-    EXPECT_EQ(k.NumClasses, 0);
-    EXPECT_EQ(k.NumFeatures, 4);
-    EXPECT_TRUE(k.TrainingSet.IsEmpty());
-    EXPECT_TRUE(k.Patterns.IsEmpty());
-
-    ZrCKlassifikator base;
-    FillTwoClasses(base);
-    base.Training();
-    EXPECT_FALSE(base.Trained);
-    EXPECT_EQ(base.Classify(base.TrainingSet.GetHead()), -1);
+    EXPECT_EQ(std::pair(k.NumClasses, k.NumFeatures), std::pair(0, 4));
+    EXPECT_TRUE(k.TrainingSet.IsEmpty() && k.Patterns.IsEmpty());
 }
 
-TEST(ZrCKlassifikatorTest, CopyFromDuplicatesTheTrainingSetButNotTheModels)
+TEST(ZrCKlassifikatorArchive, TwoElementsOfThreeFeaturesTakeFortyEightBytes)
 {
-    ZrCBayesKlassifikator src;
-    FillTwoClasses(src);
-    src.Training(false);
+    ZrCKlassifikator k;
+    k.setNumClasses(2);
+    k.AddEntryTrainingset(NewElement({1.0f, 2.0f, -0.5f}, 1));
+    k.AddEntryTrainingset(NewElement({0.25f, 3.0f, 100.0f}, 0));
+    const std::vector<BYTE> expected = {
+        2, 0, 0, 0, 2, 0, 0, 0,                                              // count, NumClasses
+        3, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0x40, 0, 0, 0, 0xBF, // 3, class 1: 1.0, 2.0, -0.5
+        3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x3E, 0, 0, 0x40, 0x40, 0, 0, 0xC8, 0x42, // 3, class 0: 0.25, 3.0, 100.0
+    };
+    EXPECT_EQ(SerializeToBytes(k), expected);
+    ZrCKlassifikator loaded;
+    loaded.AddEntryTrainingset(NewElement({9}, 5)); // replaced by the load
+    SerializeFromBytes(loaded, expected);
+    EXPECT_EQ(std::pair(loaded.NumClasses, loaded.NumFeatures), std::pair(2, 3));
+    EXPECT_EQ(SerializeToBytes(loaded), expected);
+}
 
-    ZrCBayesKlassifikator copy;
-    copy.AddEntryTrainingset(NewElement({9, 9, 9}, 0));
-    copy.CopyFrom(&src);
-    EXPECT_EQ(copy.NumClasses, 2);
-    EXPECT_EQ(copy.NumFeatures, 2);
-    EXPECT_FALSE(copy.Trained);
-    EXPECT_TRUE(copy.Patterns.IsEmpty());
-    ASSERT_EQ(copy.TrainingSet.GetCount(), 2);
-    EXPECT_NE(copy.TrainingSet.GetHead(), src.TrainingSet.GetHead());
-    EXPECT_EQ(copy.TrainingSet.GetHead()->Features[1], 2.0f);
-    EXPECT_EQ(copy.TrainingSet.GetTail()->ClassId, 1);
+// Loads `bytes` into a classifier that held data before; returns the cause of
+// the CArchiveException, or none, and checks what either outcome leaves.
+int LoadFailureCause(const std::vector<BYTE>& bytes)
+{
+    ZrCKlassifikator k;
+    FillTwoClasses(k);
+    try {
+        SerializeFromBytes(k, bytes);
+    } catch (const CArchiveException& e) {
+        EXPECT_TRUE(k.TrainingSet.IsEmpty()) << "half a training set would train wrong models";
+        EXPECT_EQ(k.NumClasses, 0);
+        return e.m_cause;
+    }
+    for (POSITION pos = k.TrainingSet.GetHeadPosition(); pos != nullptr;) EXPECT_EQ(k.TrainingSet.GetNext(pos)->NumFeatures, k.NumFeatures);
+    return CArchiveException::none;
+}
 
-    copy.CopyFrom(&copy);
-    EXPECT_EQ(copy.TrainingSet.GetCount(), 2);
-    EXPECT_THROW(copy.CopyFrom(nullptr), CInvalidArgException);
+std::vector<BYTE> Ints(std::initializer_list<int> values)
+{
+    std::vector<BYTE> bytes;
+    for (int v : values) vek::test::AppendBytes(bytes, v);
+    return bytes;
+}
+
+TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowAndLeaveItEmpty)
+{
+    ZrCKlassifikator k;
+    FillTwoClasses(k);
+    const std::vector<BYTE> valid = SerializeToBytes(k);
+    for (std::size_t size = 0; size < valid.size(); ++size) {
+        EXPECT_NE(LoadFailureCause(std::vector<BYTE>(valid.begin(), valid.begin() + static_cast<long>(size))), CArchiveException::none) << size;
+    }
+    EXPECT_EQ(LoadFailureCause(Ints({-1, 2})), CArchiveException::badIndex);       // negative count
+    EXPECT_EQ(LoadFailureCause(Ints({0, -3})), CArchiveException::badIndex);       // negative classes
+    EXPECT_EQ(LoadFailureCause(Ints({1, 2, -4, 0})), CArchiveException::badIndex); // negative length
+    // Counts far beyond the stream are refused before anything is allocated
+    // for them; an attempt would end in CMemoryException instead.
+    EXPECT_EQ(LoadFailureCause(Ints({0x7FFFFFFF, 2, 1, 0})), CArchiveException::badIndex);
+    EXPECT_EQ(LoadFailureCause(Ints({1, 2, 0x7FFFFFFF, 0})), CArchiveException::badIndex);
+    EXPECT_EQ(LoadFailureCause(Ints({2, 2, 1, 0, 0, 2, 0, 0, 0})), CArchiveException::badIndex); // lengths 1 and 2
+    EXPECT_EQ(LoadFailureCause(Ints({0, 4})), CArchiveException::none);
+
+    std::mt19937 engine(4711);
+    for (int trial = 0; trial < 400; ++trial) {
+        std::vector<BYTE> bytes = valid;
+        if (trial % 2 == 0) {
+            bytes.resize(engine() % 64);
+            for (BYTE& b : bytes) b = static_cast<BYTE>(engine());
+        } else {
+            for (int flips = 1 + static_cast<int>(engine() % 4); flips > 0; --flips) bytes[engine() % bytes.size()] = static_cast<BYTE>(engine());
+        }
+        LoadFailureCause(bytes); // checks the classifier either way
+    }
+}
+
+TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogsAskForAClsPath)
+{
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("vekdll_cls_" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    const std::string path = (folder / "set.cls").string();
+    ZrCKlassifikator k, loaded;
+    FillTwoClasses(k);
+    {
+        vek::test::RecordedHooks hooks(path);
+        k.SaveTrainingsData();
+        loaded.LoadTrainingsData();
+        EXPECT_EQ(SerializeToBytes(loaded), SerializeToBytes(k));
+        ASSERT_EQ(hooks.requests.size(), 2u);
+        EXPECT_EQ(std::pair(hooks.requests[0].forOpening, hooks.requests[0].promptOverwrite), std::pair(false, true));
+        EXPECT_TRUE(hooks.requests[1].forOpening);
+        for (const vek::PathRequest& request : hooks.requests) {
+            EXPECT_EQ(request.defaultExtension + " " + request.filter, "cls Classifier Files (*.cls)|*.cls||");
+        }
+    }
+    EXPECT_EQ(std::filesystem::file_size(path), 8u + 2u * (8u + 8u));
+    for (std::optional<std::string> reply : {std::optional<std::string>(), std::optional<std::string>("")}) {
+        vek::test::RecordedHooks cancelled(reply);
+        loaded.Trained = true;
+        k.SaveTrainingsData();
+        loaded.LoadTrainingsData();
+        loaded.LoadTrainingsData((folder / "missing.cls").string());
+        loaded.LoadTrainingsData(folder.string()); // the folder itself
+        EXPECT_TRUE(loaded.Trained);
+        EXPECT_TRUE(cancelled.messages.empty());
+    }
+    vek::test::RecordedHooks hooks;
+    k.SaveTrainingsData((folder / "no/such/folder/set.cls").string());
+    EXPECT_EQ(hooks.messages, std::vector<std::string>{"ZrCKlassifikator::SaveTrainingsData: File could not be opened %s\n"});
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace
