@@ -89,16 +89,20 @@ TEST(CHTriangulationNeighbours, LanesMatchLooselyLaterMatchesOverwriteAndComplet
     mesh.CalcNeighbours();
     EXPECT_EQ(mesh.GetTriangle(1)->Neighbour0, mesh.GetTriangle(0));
 
-    // Triangle 3 (p, q, r) is completed by the three before it and leaves the
-    // search before it meets triangle 4 on its edge p-q; triangle 0 takes the
-    // later of its two partners there.
-    const Corner p{0, 0, 10}, q{4, 1, 11}, r{1, 5, 12};
-    Fill(mesh, {{p, q, Corner{2, -3, 20}}, {q, r, Corner{6, 6, 21}}, {r, p, Corner{-3, 3, 22}}, {p, q, r}, {q, p, Corner{3, -6, 23}}});
+    // The triangle (p, q, r) is completed by three others and leaves the
+    // search, as the one compared or as the one comparing, before it meets
+    // the fifth on its edge p-q; the others take the later of two partners.
+    const Corner p{0, 0, 10}, q{4, 1, 11}, r{1, 5, 12}, x{2, -3, 20}, y{6, 6, 21}, z{-3, 3, 22}, w{3, -6, 23};
+    Fill(mesh, {{p, q, x}, {q, r, y}, {r, p, z}, {p, q, r}, {q, p, w}});
     mesh.CalcNeighbours();
     t_htriangle* t = mesh.GetTriangles();
     EXPECT_EQ((std::vector{t[3].Neighbour0, t[3].Neighbour1, t[3].Neighbour2, t[4].Neighbour0, t[0].Neighbour0}),
               (std::vector{&t[0], &t[1], &t[2], &t[0], &t[4]}));
     EXPECT_EQ(t[3].Flag, -1);
+    Fill(mesh, {{p, q, r}, {p, q, x}, {q, r, y}, {r, p, z}, {q, p, w}});
+    mesh.CalcNeighbours();
+    t = mesh.GetTriangles();
+    EXPECT_EQ((std::vector{t[0].Neighbour0, t[1].Neighbour0, t[4].Neighbour0}), (std::vector{&t[1], &t[4], &t[1]}));
 
     // Pointers set before the search are not cleared: with all three set a
     // lone triangle is no border triangle.

@@ -36,7 +36,8 @@ TEST(PointInLineInnerArea, TheRimConcaveAndThinnedLinesAndDegenerateSteps)
         {"notch of the U", u, 2, 3, 1, false},
         {"a step beyond the count", square, 2, 2, 5, false},
         {"step 0", square, 2, 2, 0, false},
-        {"every third chord, closed to the last point", dense, 4, 4, 3, true},
+        {"every third chord", dense, 4, 4, 3, true},
+        {"every seventh chord, closed by the chord to the last point", dense, 2, 4, 7, true},
         {"top edge, thinned", dense, 4, 8, 3, false},
     };
     for (const auto& c : cases) {
@@ -53,13 +54,13 @@ TEST(PointInLineInnerArea, PointFormIgnoresZButNotWAndTheNormalisedFormKeepsTheP
     SSEPoint inside = Sse(2.0f, 0.5f, 1000.0f), withW = Sse(2.0f, 0.5f, 0.0f, 1.0f);
     EXPECT_TRUE(polygon.PointInLineInnerArea(inside, 1));
     EXPECT_FALSE(polygon.PointInLineInnerArea(withW, 1));
-    // In normalised units the square is 0..2.
-    t_resolutiondata resolution{0.5f, 0.5f, 1.0f};
+    // In normalised units the square is 0..8 x 0..2; the plain box stays 0..4 x 0..4.
+    t_resolutiondata resolution{2.0f, 0.5f, 1.0f};
     polygon.NormalizeXYZ(resolution);
-    SSEPoint p = Sse(1.5f, 1.5f, 7.0f);
+    SSEPoint p = Sse(3.0f, 1.0f, 7.0f);
     EXPECT_TRUE(polygon.PointInLineInnerAreaNormalized(p, 1));
-    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(3.0f, 1.5f, 1)); // the plain box holds it, the scaled line doesn't
-    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(1.5f, -1.0f, 1)); // outside the plain box
+    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(3.0f, 3.0f, 1)); // the plain line would hold it
+    EXPECT_FALSE(polygon.PointInLineInnerAreaNormalized(6.0f, 1.0f, 1)); // the scaled line would hold it
 }
 
 // An independent even-odd count in double precision, for points on no edge.

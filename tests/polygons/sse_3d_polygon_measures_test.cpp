@@ -98,7 +98,7 @@ TEST(CSSE3dPolygonClosestPoint, EachFormByItsMeasureItsPointsAndItsStartValue)
 {
     const std::vector<Xyz> spread = {{0, 0, 0}, {4, 0, 0}, {2, 3, 0}, {2, -3, 0}, {2, 0, 5}};
     const std::vector<Xyz> row6 = Row(6), row7 = Row(7), row1 = Row(1), far = {{1e7f, 0, 0}};
-    const std::vector<Xyz> risingY = {{5, 1, 0}, {0, 0, 0}, {6, 2, 0}, {0, 0, 0}, {7, 3, 0}, {0, 0, 0}};
+    const std::vector<Xyz> risingY = {{5, 1, 0}, {5, 2, 0}, {6, 2, 0}, {5, 2, 0}, {7, 3, 0}, {5, 2, 0}};
     const std::vector<Xyz> beyondSquare = {{3200, 0, 0}, {0, 0, 0}, {0, 0, 0}}; // 3200 < 1e7 < 3200^2
     const std::vector<Xyz> diagonal = {{0, 0, 0}, {10, 10, 0}, {20, 20, 0}};
     const struct {

@@ -90,9 +90,9 @@ TEST(CSSE3dPolygonChangeStartPoint, RotatesPointsAndIndicesAlikeAndDropsAStartOu
     Fill(polygon, {{0, 0, 0}, {10, 0, 0}, {10, 10, 5}, {0, 10, 0}});
     polygon.CalcBoundingBox();
     std::vector<int> indices = {10, 11, 12, 13};
-    polygon.ChangeStartPoint(2, indices.data());
-    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{10, 10, 5}, {0, 10, 0}, {0, 0, 0}, {10, 0, 0}}));
-    EXPECT_EQ(indices, (std::vector<int>{12, 13, 10, 11}));
+    polygon.ChangeStartPoint(1, indices.data());
+    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{10, 0, 0}, {10, 10, 5}, {0, 10, 0}, {0, 0, 0}}));
+    EXPECT_EQ(indices, (std::vector<int>{11, 12, 13, 10}));
     EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
     // The nearest-point form; then starts outside the line, as the -1 of an empty search.
     SSEPoint near = vek::test::Sse(1, -1, 0);

@@ -110,10 +110,15 @@ TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectC
         polygon.SetPointNormalized(i, 0, 0, 0);
     }
     EXPECT_TRUE(polygon.IsBoundingBoxCalculated());
+    polygon.SetPointZY(0, 9, 8);
+    EXPECT_EQ(PointOf(polygon, 0), (Xyz{1, 8, 9}));
+    polygon.CalcBoundingBox();
     polygon.SetPointNormalized(1, 7, 8, 9); // a write to the normalised copy marks the box stale too
     EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
     SSEPoint normalized = Sse(-9, -9, -9, -9);
-    for (auto [i, expected] : {std::pair{2, Lanes4{1, 2, 3, 0}}, {-1, Lanes4{0, 0, 0, 0}}}) {
+    polygon.GetPointNormalizedSSE(1, normalized);
+    EXPECT_EQ(Lanes(normalized), (Lanes4{7, 8, 9, -9})) << "lane 3 is left alone";
+    for (auto [i, expected] : {std::pair{2, Lanes4{1, 8, 9, 0}}, {-1, Lanes4{0, 0, 0, 0}}}) {
         polygon.GetPointSSEClosed(i, normalized); // wraps forward only
         EXPECT_EQ(Lanes(normalized), expected) << "closed read of " << i;
     }
@@ -161,30 +166,31 @@ TEST(CSSE3dPolygonArchive, StoresCountThenXYZOfEachBlockOfFourAndLoadingDoublesT
     EXPECT_EQ(SerializeToBytes(empty), Archive(0, {}));
 }
 
-bool Refused(const std::vector<BYTE>& bytes)
+// The cause of the refusal, or none if the bytes loaded.
+int Refused(const std::vector<BYTE>& bytes)
 {
     CSSE3dPolygon polygon;
     try {
         SerializeFromBytes(polygon, bytes);
-    } catch (const CArchiveException&) {
-        return true;
+    } catch (const CArchiveException& e) {
+        return e.m_cause;
     }
     EXPECT_LE(4u + 48 * ((polygon.GetNumPoints() + 3u) / 4), bytes.size()) << "loaded more than the stream holds";
-    return false;
+    return CArchiveException::none;
 }
 
 TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
 {
     // 2^30 points in 40 bytes are refused before anything is allocated.
-    EXPECT_TRUE(Refused(Archive(1 << 30, std::vector<float>(9, 0.0f))));
-    EXPECT_TRUE(Refused(Archive(-1, {})));
-    EXPECT_TRUE(Refused(Archive(0x7FFFFFFF, std::vector<float>(12, 0.0f))));
+    EXPECT_EQ(Refused(Archive(1 << 30, std::vector<float>(9, 0.0f))), CArchiveException::badIndex);
+    EXPECT_EQ(Refused(Archive(-1, {})), CArchiveException::badIndex);
+    EXPECT_EQ(Refused(Archive(0x7FFFFFFF, std::vector<float>(12, 0.0f))), CArchiveException::badIndex);
 
     CSSE3dPolygon source;
     Fill(source, vek::test::Row(9));
     const std::vector<BYTE> whole = SerializeToBytes(source);
     for (std::size_t size = 0; size < whole.size(); ++size) {
-        EXPECT_TRUE(Refused(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size)))) << size;
+        EXPECT_NE(Refused(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size))), CArchiveException::none) << size;
     }
     // Random bytes, with a small count now and then so that some archives are whole.
     std::mt19937 random(7);
@@ -196,7 +202,7 @@ TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
             const int count = static_cast<int>(random() % 4);
             std::memcpy(bytes.data(), &count, sizeof count);
         }
-        loaded += Refused(bytes) ? 0 : 1;
+        loaded += Refused(bytes) == CArchiveException::none ? 1 : 0;
     }
     EXPECT_GT(loaded, 0);
 }
