@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "classifier/classifier_helpers.h"
+#include "support/recorded_hooks.h"
 #include "support/archive_bytes.h"
 #include "vekdll/classifier/bayes_klassifikator.h"
 #include "vekdll/classifier/f_matrix.h"

@@ -1,19 +1,15 @@
 #pragma once
 
-// Building blocks of the classifier tests: elements from literal values,
-// Gaussian samples that are the same on every platform, and recorded message
-// boxes and path requests.
+// Building blocks of the classifier tests: elements from literal values and
+// Gaussian samples that are the same on every platform.
 
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
-#include <optional>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "vekdll/classifier/klassenelement.h"
-#include "vekdll/platform/user_hooks.h"
 
 namespace vek::test {
 
@@ -38,33 +34,5 @@ inline ZrCKlassenelement* NewSample(std::mt19937& engine, const std::vector<floa
     }
     return e;
 }
-
-// Records every message box and answers every path request with `reply`
-// while it lives; the previous handlers come back afterwards.
-class RecordedHooks {
-public:
-    explicit RecordedHooks(std::optional<std::string> reply = std::nullopt)
-        : previousMessage_(SetMessageHandler([this](const std::string& text) { messages.push_back(text); })),
-          previousPath_(SetPathHandler([this, reply](const PathRequest& request) {
-              requests.push_back(request);
-              return reply;
-          }))
-    {
-    }
-    ~RecordedHooks()
-    {
-        SetMessageHandler(previousMessage_);
-        SetPathHandler(previousPath_);
-    }
-    RecordedHooks(const RecordedHooks&) = delete;
-    RecordedHooks& operator=(const RecordedHooks&) = delete;
-
-    std::vector<std::string> messages;
-    std::vector<PathRequest> requests;
-
-private:
-    MessageHandler previousMessage_;
-    PathHandler previousPath_;
-};
 
 } // namespace vek::test

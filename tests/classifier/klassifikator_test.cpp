@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "classifier/classifier_helpers.h"
+#include "support/recorded_hooks.h"
 #include "support/archive_bytes.h"
 #include "vekdll/classifier/bayes_klassifikator.h"
 #include "vekdll/platform/framework_exceptions.h"

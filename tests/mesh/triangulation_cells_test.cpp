@@ -41,44 +41,41 @@ std::string Shapes(int left, int right, bool fill)
 
 TEST(CHTriangulationCells, EveryPairOfMasksGivesTheTrianglesOfTheTableWithHandComputedNormals)
 {
-    for (bool fill : {false, true}) {
-        for (bool flip : {false, true}) {
-            for (int left = -1; left <= 4; ++left) {
-                for (int right = -1; right <= 4; ++right) {
-                    SCOPED_TRACE(::testing::Message() << "masks " << left << "/" << right << " fill " << fill << " flip " << flip);
-                    const std::string shapes = Shapes(left, right, fill);
-                    const int count = static_cast<int>((shapes.size() + 1) / 4);
-                    CHTriangulation mesh(4, 1.0f, 1.0f, 1.0f);
-                    int index = 1;
-                    mesh.AppendTriangle(left, right, 10, 12, 20, 21, 1, 3, 2, 5, index, flip, fill);
-                    ASSERT_EQ(index, 1 + count);
-                    for (int k = 0; k < count; ++k) {
-                        const t_htriangle& t = *mesh.GetTriangle(1 + k);
-                        const SSEPoint* corners[3] = {t.P0, t.P1, t.P2};
-                        const SSEPoint* normals[3] = {t.N0, t.N1, t.N2};
-                        double sum[3] = {0, 0, 0};
-                        for (int c = 0; c < 3; ++c) {
-                            const char name = shapes[4 * k + c];
-                            EXPECT_EQ(Lanes(*corners[c]), CornerAt(name));
-                            ExpectNear(Lanes(*normals[c]), NormalAt(name, flip ? -1.0f : 1.0f));
-                            for (int lane = 0; lane < 3; ++lane) sum[lane] += NormalAt(name, flip ? -1.0f : 1.0f)[lane];
-                        }
-                        const double length = std::sqrt(sum[0] * sum[0] + sum[1] * sum[1] + sum[2] * sum[2]);
-                        ExpectNear(Lanes(*t.MainNormal), {float(sum[0] / length), float(sum[1] / length), float(sum[2] / length), 0});
-                        // Counter-clockwise from +z whichever way the normals face.
-                        EXPECT_GT((t.P1->x - t.P0->x) * (t.P2->y - t.P0->y) - (t.P2->x - t.P0->x) * (t.P1->y - t.P0->y), 0.0f);
-                        EXPECT_EQ(Lanes(*t.S), (Lanes4{0, 0, 0, 0})) << "nothing derived is written";
-                    }
-                    // The two halves of a full cell meet along A-D; nothing else is linked or written.
-                    const t_htriangle* t = mesh.GetTriangles();
-                    EXPECT_EQ(t[1].Neighbour0, count == 2 ? &t[2] : nullptr);
-                    EXPECT_EQ(t[2].Neighbour2, count == 2 ? &t[1] : nullptr);
-                    EXPECT_EQ(Lanes(*t[0].P0), (Lanes4{0, 0, 0, 0}));
-                    EXPECT_EQ(Lanes(*t[count + 1].P0), (Lanes4{0, 0, 0, 0}));
-                    EXPECT_EQ(std::pair(t[1].Flag, t[1].Index), std::pair(-1, 1));
-                }
+    // Masks -1 .. 4 on either side, with and without filling and flipping.
+    for (int combination = 0; combination < 6 * 6 * 4; ++combination) {
+        const int left = combination % 6 - 1, right = combination / 6 % 6 - 1;
+        const bool fill = combination / 36 % 2 == 1, flip = combination / 72 == 1;
+        SCOPED_TRACE(::testing::Message() << "masks " << left << "/" << right << " fill " << fill << " flip " << flip);
+        const std::string shapes = Shapes(left, right, fill);
+        const int count = static_cast<int>((shapes.size() + 1) / 4);
+        CHTriangulation mesh(4, 1.0f, 1.0f, 1.0f);
+        int index = 1;
+        mesh.AppendTriangle(left, right, 10, 12, 20, 21, 1, 3, 2, 5, index, flip, fill);
+        ASSERT_EQ(index, 1 + count);
+        for (int k = 0; k < count; ++k) {
+            const t_htriangle& t = *mesh.GetTriangle(1 + k);
+            const SSEPoint* corners[3] = {t.P0, t.P1, t.P2};
+            const SSEPoint* normals[3] = {t.N0, t.N1, t.N2};
+            double sum[3] = {0, 0, 0};
+            for (int c = 0; c < 3; ++c) {
+                const char name = shapes[4 * k + c];
+                EXPECT_EQ(Lanes(*corners[c]), CornerAt(name));
+                ExpectNear(Lanes(*normals[c]), NormalAt(name, flip ? -1.0f : 1.0f));
+                for (int lane = 0; lane < 3; ++lane) sum[lane] += NormalAt(name, flip ? -1.0f : 1.0f)[lane];
             }
+            const double length = std::sqrt(sum[0] * sum[0] + sum[1] * sum[1] + sum[2] * sum[2]);
+            ExpectNear(Lanes(*t.MainNormal), {float(sum[0] / length), float(sum[1] / length), float(sum[2] / length), 0});
+            // Counter-clockwise from +z whichever way the normals face.
+            EXPECT_GT((t.P1->x - t.P0->x) * (t.P2->y - t.P0->y) - (t.P2->x - t.P0->x) * (t.P1->y - t.P0->y), 0.0f);
+            EXPECT_EQ(Lanes(*t.S), (Lanes4{0, 0, 0, 0})) << "nothing derived is written";
         }
+        // The two halves of a full cell meet along A-D; nothing else is linked or written.
+        const t_htriangle* t = mesh.GetTriangles();
+        EXPECT_EQ(t[1].Neighbour0, count == 2 ? &t[2] : nullptr);
+        EXPECT_EQ(t[2].Neighbour2, count == 2 ? &t[1] : nullptr);
+        EXPECT_EQ(Lanes(*t[0].P0), (Lanes4{0, 0, 0, 0}));
+        EXPECT_EQ(Lanes(*t[count + 1].P0), (Lanes4{0, 0, 0, 0}));
+        EXPECT_EQ(std::pair(t[1].Flag, t[1].Index), std::pair(-1, 1));
     }
 }
 

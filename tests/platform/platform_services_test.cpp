@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "support/recorded_hooks.h"
 #include "vekdll/platform/clock.h"
 #include "vekdll/platform/crt_random.h"
 #include "vekdll/platform/framework_exceptions.h"
@@ -31,20 +32,16 @@ TEST(CrtRandomTest, ReproducesTheClassicSequence)
 
 TEST(UserHooksTest, HandlersReplaceAndRestoreTheDefaults)
 {
-    std::string seen;
-    vek::MessageHandler previous = vek::SetMessageHandler([&](const std::string& text) { seen = text; });
-    vek::ShowMessage("Trainingsergebnis\n");
-    EXPECT_EQ(seen, "Trainingsergebnis\n");
-    vek::SetMessageHandler(previous);
-
-    EXPECT_FALSE(vek::AskPath({}).has_value()); // default: the user cancelled
-    vek::SetPathHandler([](const vek::PathRequest& request) -> std::optional<std::string> {
-        return request.forOpening ? "in." + request.defaultExtension : std::string("out");
-    });
-    vek::PathRequest request;
-    request.defaultExtension = "cls";
-    EXPECT_EQ(vek::AskPath(request).value(), "in.cls");
-    vek::SetPathHandler(nullptr);
+    {
+        vek::test::RecordedHooks hooks("in.cls");
+        vek::ShowMessage("Trainingsergebnis\n");
+        vek::PathRequest request;
+        request.defaultExtension = "cls";
+        EXPECT_EQ(vek::AskPath(request).value(), "in.cls");
+        EXPECT_EQ(hooks.messages, std::vector<std::string>{"Trainingsergebnis\n"});
+        EXPECT_EQ(hooks.requests.at(0).defaultExtension, "cls");
+    }
+    EXPECT_FALSE(vek::AskPath({}).has_value()); // the default again: the user cancelled
 
     vek::SetExitHandler([](int code) { throw std::runtime_error("exit " + std::to_string(code)); });
     EXPECT_THROW(vek::ExitProgram(0), std::runtime_error);

@@ -39,7 +39,7 @@ TEST(CSSE2dPolygon, AssignmentSharesMovesExchangeAndFreeKeepsTheCountButDropsThe
     EXPECT_EQ(target.GetMinEuclDistance(0, 0), 1000000.0f);
 }
 
-TEST(CSSE2dPolygon, AreaIsTheKeptFormulaOfTheFirstTwoAndTheLastTwoPoints)
+TEST(CSSE2dPolygon, AreaIsTheKeptFormulaAndNearestPointsAndDistancesThoseOfTheSpatialPolygon)
 {
     // With L the last point and M the one before:
     // t1 = (x0 - xL)(x1 - yL) - (y0 - yL)(x1 - yL), t2 = (xL - xM)(x1 - yM) - (yL - yM)(x1 - yM).
@@ -47,18 +47,11 @@ TEST(CSSE2dPolygon, AreaIsTheKeptFormulaOfTheFirstTwoAndTheLastTwoPoints)
     CSSE2dPolygon polygon;
     Fill(polygon, {{1, 2}, {3, 5}, {4, 7}, {6, 11}});
     EXPECT_EQ(polygon.CalcArea(), -24.0f);
-    Fill(polygon, {{0, 0}, {5, 5}});
-    EXPECT_EQ(polygon.CalcArea(), 0.0f);
-}
-
-TEST(CSSE2dPolygon, ClosestPointsSeeEvenIndicesBeforeTheLastAndTheScanCountsXTwice)
-{
-    CSSE2dPolygon polygon;
+    // Nearest points among the even indices before the last; the scan over
+    // whole blocks (x = 0 .. 3 here) counts the x difference twice and reads no y.
     Fill(polygon, {{0, 100}, {1, 99}, {2, 98}, {3, 97}, {4, 96}, {5, 95}, {6, 94}});
     EXPECT_EQ(polygon.ClosestPointX(5), 4);
-    EXPECT_EQ(polygon.ClosestPointX(100), 4);
     EXPECT_EQ(polygon.ClosestPointY(94), 4);
-    // Only x = 0 .. 3 lie in a whole block; y is not read.
     const float d7 = 7.0f;
     EXPECT_EQ(polygon.GetMinEuclDistance(10, 1000), std::sqrt(d7 * d7 + d7 * d7));
 }

@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "polygon_builders.h"
+#include "support/polygon_points.h"
 
 using vek::test::Fill;
 using vek::test::Lanes;

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "polygon_builders.h"
+#include "support/polygon_points.h"
 #include "support/archive_bytes.h"
 #include "support/unowned_alias.h"
 #include "vekdll/pixelchains/pixel_chain.h"

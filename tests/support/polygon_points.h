@@ -1,6 +1,7 @@
 #pragma once
 
-// Polygons from point lists, and their points back, for the polygon tests.
+// Spatial polygons from point lists, and their points back, for the tests of
+// the polygons and of whatever hands its results over as a polygon.
 
 #include <ostream>
 #include <vector>
