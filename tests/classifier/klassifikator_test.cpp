@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include "classifier/classifier_helpers.h"
-#include "support/recorded_hooks.h"
 #include "support/archive_bytes.h"
+#include "support/recorded_hooks.h"
 #include "vekdll/classifier/bayes_klassifikator.h"
 #include "vekdll/platform/framework_exceptions.h"
 
