@@ -29,13 +29,9 @@ void MakeSquare(CHTriangulation& mesh)
     mesh.CalcNeighbours();
 }
 
-TEST(CHTriangulationLife, CreateAimsEachTriangleAtItsOwnEntriesAndFreeKeepsScaleAndBox)
+TEST(CHTriangulationLife, FreeKeepsScaleAndBoxAndImpossibleCountsLeaveTheMeshEmpty)
 {
     CHTriangulation mesh(3, 3.0f, 4.0f, 0.5f);
-    const t_htriangle* t = mesh.GetTriangle(2);
-    EXPECT_EQ((std::array{t->P1, t->MinPoint, mesh.GetMaxPointArray()}),
-              (std::array{mesh.GetEdgeArray() + 7, mesh.GetMinPointArray() + 2, mesh.GetMinPointArray()}));
-    EXPECT_EQ(std::pair(t->Index, t->Flag), std::pair(2, -1));
     SSEPoint* const box = mesh.GetPointArray();
     mesh.FreeTriangulation();
     EXPECT_EQ(std::pair(mesh.GetPointArray(), mesh.GetScaleY()), std::pair(box, 4.0f));
