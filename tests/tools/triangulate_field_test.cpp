@@ -9,14 +9,17 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tools/triangulate_field/command_line.h"
+#include "tools/triangulate_field/field_archive.h"
 #include "tools/triangulate_field/raster_files.h"
 #include "tools/triangulate_field/run.h"
+#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
@@ -192,6 +195,34 @@ TEST(TriangulateFieldRasters, EachFormatReadsInRowsFromTheTop)
     }
 }
 
+TEST(TriangulateFieldRasters, FieldArchivesReadWithRowZeroAtTheBottom)
+{
+    // Stored by the library itself: field row y is raster row 1 - y, and a
+    // cell of 0 holds no data.
+    ScratchFolder folder;
+    CSSEMatrix field;
+    field.Create(3, 2);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x) field.SetPoint(x, y, static_cast<float>(10 * x + (1 - y)));
+    ASSERT_TRUE(field.Store(folder.File("f.field")));
+    const vek::tools::LoadedRaster loaded = ReadHeightRaster(folder.File("f.field"));
+    EXPECT_EQ(loaded.format, vek::tools::RasterFormat::FieldArchive);
+    ASSERT_EQ(loaded.raster.width, 3);
+    ASSERT_EQ(loaded.raster.height, 2);
+    EXPECT_TRUE(std::isnan(loaded.raster.heights[0])); // field cell (0, 1) holds 0
+    for (std::size_t i = 1; i < kTopDown.size(); ++i) EXPECT_EQ(loaded.raster.heights[i], kTopDown[i]) << i;
+
+    // One byte more or less, or a size that calls for other lengths, is no
+    // field archive.
+    std::ifstream in(folder.File("f.field"), std::ios::binary);
+    const Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_THROW(vek::tools::ParseHeightRaster(Bytes(bytes.begin(), bytes.end() - 1), "short"), ToolError);
+    EXPECT_THROW(vek::tools::ParseHeightRaster(bytes + Bytes{0}, "long"), ToolError);
+    Bytes negative = bytes;
+    negative[7] = 0x80;
+    EXPECT_THROW(vek::tools::ParseHeightRaster(negative, "negative"), ToolError);
+}
+
 TEST(TriangulateFieldRasters, TruncatedOrRandomFilesAreRefusedNeverReadBeyond)
 {
     using vek::tools::ParseHeightRaster;
@@ -238,6 +269,18 @@ TEST(TriangulateFieldRasters, WrittenFilesReadBack)
             EXPECT_TRUE(std::isnan(pfm.heights[i]));
         } else {
             EXPECT_EQ(pfm.heights[i], r.heights[i]) << i;
+        }
+    }
+
+    // The archive keeps every height; no data comes back as no data.
+    vek::tools::WriteFieldArchive(folder.File("r.field"), r);
+    const HeightRaster archived = ReadHeightRaster(folder.File("r.field")).raster;
+    ASSERT_EQ(archived.heights.size(), r.heights.size());
+    for (std::size_t i = 0; i < r.heights.size(); ++i) {
+        if (std::isnan(r.heights[i]) || r.heights[i] == 0.0f) {
+            EXPECT_TRUE(std::isnan(archived.heights[i])) << i;
+        } else {
+            EXPECT_EQ(archived.heights[i], r.heights[i]) << i;
         }
     }
 
@@ -313,6 +356,7 @@ TEST(TriangulateFieldRun, APlaneComesBackWithinHalfACellOfSlope)
     EXPECT_EQ(badFaces, 0);
     EXPECT_NE(o.out.find("triangles   " + std::to_string(faces)), std::string::npos) << o.out;
     EXPECT_TRUE(fs::exists(folder.File("out/plane_surface.pgm")));
+    EXPECT_TRUE(fs::exists(folder.File("out/plane_surface.field")));
 }
 
 } // namespace

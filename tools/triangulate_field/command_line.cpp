@@ -74,9 +74,11 @@ stores border and sample points, triangulates them under the Delaunay rule,
 scan-converts the surface on five worker threads, and tells how far the result
 departs from the input.
 
-INPUT   a grey PFM (Pf, either byte order) or a binary PGM (P5, 8 or 16 bits;
-        a comment "offset=<o> scale=<s>" maps a sample to o + s * sample).
-        Without INPUT the bundled elevation model data/bigtujunga.pgm is read.
+INPUT   a grey PFM (Pf, either byte order), a binary PGM (P5, 8 or 16 bits;
+        a comment "offset=<o> scale=<s>" maps a sample to o + s * sample), or
+        the library's own field archive (CSSEMatrix::Store; row 0 is the
+        bottom, and a cell of 0 holds no data). Without INPUT the bundled
+        elevation model data/bigtujunga.pgm is read.
 
 Options:
   -n, --points N     vertices to store, about (default 16000). The insertion is
@@ -88,6 +90,7 @@ Options:
   -o, --output DIR   folder for the results (default out), made if missing:
                        <name>_surface.pfm   the scan-converted heights
                        <name>_surface.pgm   the same as a 16-bit grey image
+                       <name>_surface.field the same as a field archive
                        <name>_triangles.obj the triangles (Wavefront OBJ)
   -h, --help         this text.
 

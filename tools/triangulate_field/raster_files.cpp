@@ -12,6 +12,8 @@
 #include <sstream>
 #include <vector>
 
+#include "field_archive.h"
+
 namespace vek::tools {
 
 namespace {
@@ -216,7 +218,14 @@ LoadedRaster ParseHeightRaster(const std::vector<unsigned char>& bytes, const st
 {
     if (bytes.size() >= 2 && bytes[0] == 'P' && bytes[1] == '5') return ReadPgm(bytes, path);
     if (bytes.size() >= 2 && bytes[0] == 'P' && (bytes[1] == 'f' || bytes[1] == 'F')) return ReadPfm(bytes, path);
-    throw ToolError(path + ": neither a PFM (Pf) nor a binary PGM (P5)");
+    if (LooksLikeFieldArchive(bytes)) {
+        LoadedRaster loaded;
+        loaded.format = RasterFormat::FieldArchive;
+        loaded.description = "field archive";
+        loaded.raster = ParseFieldArchive(bytes, path);
+        return loaded;
+    }
+    throw ToolError(path + ": neither a PFM (Pf), a binary PGM (P5) nor a field archive");
 }
 
 void WritePfm(const std::string& path, const HeightRaster& raster)

@@ -8,7 +8,7 @@
 namespace vek::tools {
 
 // The formats the program reads, told apart by their first bytes.
-enum class RasterFormat { Pfm, Pgm };
+enum class RasterFormat { Pfm, Pgm, FieldArchive };
 
 struct LoadedRaster {
     HeightRaster raster;
@@ -19,8 +19,9 @@ struct LoadedRaster {
 
 // Reads a Portable Float Map (grey "Pf", either byte order, rows stored from
 // the bottom up) or a binary PGM ("P5", 8 or 16 bits, 16-bit samples
-// big-endian, rows from the top). A PGM comment of the form
-// "offset=<o> scale=<s>" maps a sample to the height o + s * sample.
+// big-endian, rows from the top), or the library's own field archive (see
+// field_archive.h). A PGM comment of the form "offset=<o> scale=<s>" maps a
+// sample to the height o + s * sample.
 // Throws ToolError for an unreadable, truncated or unknown file.
 LoadedRaster ReadHeightRaster(const std::string& path);
 

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "command_line.h"
+#include "field_archive.h"
 #include "height_raster.h"
 #include "mesh_file.h"
 #include "raster_files.h"
@@ -40,6 +41,7 @@ void HeightRange(const HeightRaster& r, float& lowest, float& highest, long long
 struct Outputs {
     std::string pfm;
     std::string pgm;
+    std::string field;
     std::string obj;
 };
 
@@ -49,7 +51,8 @@ Outputs OutputNames(const Options& options, const std::string& input)
     fs::create_directories(options.outputDirectory, ec);
     if (ec) throw ToolError("cannot make the folder " + options.outputDirectory + ": " + ec.message());
     const fs::path base = fs::path(options.outputDirectory) / fs::path(input).stem();
-    return {base.string() + "_surface.pfm", base.string() + "_surface.pgm", base.string() + "_triangles.obj"};
+    return {base.string() + "_surface.pfm", base.string() + "_surface.pgm", base.string() + "_surface.field",
+            base.string() + "_triangles.obj"};
 }
 
 int Run(const Options& options, std::ostream& out)
@@ -93,6 +96,7 @@ int Run(const Options& options, std::ostream& out)
     const Outputs files = OutputNames(options, input);
     WritePfm(files.pfm, road.surface);
     WritePgm16(files.pgm, road.surface);
+    WriteFieldArchive(files.field, road.surface);
     WriteObj(files.obj, d, options.cellSize);
     const double writeSeconds = SecondsSince(start);
 
@@ -101,6 +105,7 @@ int Run(const Options& options, std::ostream& out)
         << compareSeconds << ", write " << writeSeconds << "\n"
         << "wrote       " << files.pfm << "\n"
         << "            " << files.pgm << "\n"
+        << "            " << files.field << "\n"
         << "            " << files.obj << "\n";
     return 0;
 }
