@@ -39,8 +39,11 @@ public:
     virtual void ClearAll();
 
     // Replaces this training set by deep copies of `src`'s elements and takes
-    // its NumClasses and NumFeatures; models are not copied. A null `src`
-    // throws CInvalidArgException; copying from itself only clears Trained.
+    // its NumClasses and NumFeatures; models are not copied. Each copy goes in
+    // through AddEntryTrainingset, which sets NumFeatures to the element's
+    // length, so a set of mixed lengths leaves that of its last element. A
+    // null `src` throws CInvalidArgException; copying from itself only clears
+    // Trained.
     void CopyFrom(ZrCKlassifikator* src);
 
     // The training set in the ".cls" layout (little-endian):
