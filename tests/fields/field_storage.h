@@ -1,0 +1,161 @@
+#pragma once
+
+// The fields read and written by their storage layout, not through their own
+// pixel functions. A float field holds four rows to a line (pixel (x, y) is
+// lane y & 3 of vector x of line y >> 2), a byte field sixteen (byte y & 15).
+// A storage row is an image row or, from SizeY on, a padding row. Beside
+// that: small float fields drawn as text, and random fields for the property
+// tests that compare a whole-field operation with a plain per-pixel one.
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vekdll/fields/sse_char_matrix.h"
+#include "vekdll/fields/sse_matrix.h"
+#include "vekdll/platform/crt_random.h"
+
+namespace vek::test {
+
+template <class Field> struct Storage;
+template <> struct Storage<CSSEMatrix> {
+    using Cell = float;
+    static constexpr int kRowsPerLine = 4;
+};
+template <> struct Storage<CSSEcharMatrix> {
+    using Cell = signed char;
+    static constexpr int kRowsPerLine = 16;
+};
+
+template <class Field>
+int StorageRows(const Field& m)
+{
+    return Storage<Field>::kRowsPerLine * m.GetSSESizeY();
+}
+
+template <class Field>
+typename Storage<Field>::Cell& Stored(const Field& m, int x, int row)
+{
+    constexpr int k = Storage<Field>::kRowsPerLine;
+    auto* line = reinterpret_cast<typename Storage<Field>::Cell*>(m.GetMatrixDataDirectly()[row / k]);
+    return line[k * x + row % k];
+}
+
+// Writes value(x, row) into every cell, padding included.
+template <class Field, class Value>
+void FillStorage(Field& m, Value value)
+{
+    for (int row = 0; row < StorageRows(m); ++row)
+        for (int x = 0; x < m.GetSSESizeX(); ++x) Stored(m, x, row) = static_cast<typename Storage<Field>::Cell>(value(x, row));
+}
+
+// Every cell, padding included, row by row; bytes as int, so that a failure
+// prints numbers.
+template <class Field>
+auto AllStored(const Field& m)
+{
+    std::vector<decltype(+typename Storage<Field>::Cell{})> cells;
+    for (int row = 0; row < StorageRows(m); ++row)
+        for (int x = 0; x < m.GetSSESizeX(); ++x) cells.push_back(Stored(m, x, row));
+    return cells;
+}
+
+// Values that tell every storage position apart: in float fields up to 1000
+// wide, and (within a byte) between neighbouring positions of a byte field.
+inline float Tag(int x, int row)
+{
+    return static_cast<float>(1 + x + 1000 * row);
+}
+inline int ByteTag(int x, int row)
+{
+    return (7 * x + 3 * row) % 251 - 125;
+}
+
+inline void FillRandomBytes(CSSEcharMatrix& m, CrtRandom& random)
+{
+    FillStorage(m, [&](int, int) { return (random.Next() & 0xFF) - 128; });
+}
+
+// A float field drawn as rows of text: '.' is 0, a digit d is d, '-' is -1.
+inline void CreateFromRows(CSSEMatrix& m, const std::vector<std::string>& rows)
+{
+    m.Create(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()));
+    for (int y = 0; y < m.GetSizeY(); ++y) {
+        for (int x = 0; x < m.GetSizeX(); ++x) {
+            const char c = rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
+            m.SetPoint(x, y, c == '.' ? 0.0f : c == '-' ? -1.0f : static_cast<float>(c - '0'));
+        }
+    }
+}
+
+// The pixels as text again; a value that is not 0 below 1 reads as '0'.
+inline std::vector<std::string> RowsOf(const CSSEMatrix& m)
+{
+    std::vector<std::string> rows;
+    for (int y = 0; y < m.GetSizeY(); ++y) {
+        std::string row;
+        for (int x = 0; x < m.GetSizeX(); ++x) {
+            const float p = m.GetPoint(x, y);
+            row += p == 0.0f ? '.' : p == -1.0f ? '-' : static_cast<char>('0' + static_cast<int>(p));
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+inline std::uint32_t Bits(float v)
+{
+    return std::bit_cast<std::uint32_t>(v);
+}
+
+// Every lane, padding included, drawn from `values`. Half of the vectors get
+// one value in all four lanes, so that both the path where the lanes agree
+// and the mixed path are taken.
+inline void FillRandomLanes(CSSEMatrix& m, std::uint32_t seed, const std::vector<float>& values)
+{
+    std::mt19937 random(seed);
+    const auto pick = [&] { return values[random() % values.size()]; };
+    for (int row = 0; row < StorageRows(m); row += 4) {
+        for (int x = 0; x < m.GetSSESizeX(); ++x) {
+            const bool uniform = random() % 2 == 0;
+            const float common = pick();
+            for (int lane = 0; lane < 4; ++lane) Stored(m, x, row + lane) = uniform ? common : pick();
+        }
+    }
+}
+
+// For fields of one block and of several, with padding of one to four lanes:
+// a random field (a new seed each time) and an untouched copy of it.
+template <class Check>
+void ForEachRandomField(std::uint32_t& seed, const std::vector<float>& values, Check check)
+{
+    for (const auto& [sizeX, sizeY] : {std::pair{9, 7}, {13, 12}, {5, 130}}) {
+        SCOPED_TRACE(testing::Message() << sizeX << " x " << sizeY);
+        CSSEMatrix m;
+        m.Create(sizeX, sizeY);
+        FillRandomLanes(m, ++seed, values);
+        CSSEMatrix before;
+        before.CopyFromSSEMatrix(m);
+        check(m, before);
+    }
+}
+
+// Expects every lane of `after` to be expected(x, storage row), bit for bit.
+template <class Expected>
+void ExpectLanes(const CSSEMatrix& after, Expected expected)
+{
+    int mismatches = 0;
+    for (int row = 0; row < StorageRows(after); ++row) {
+        for (int x = 0; x < after.GetSSESizeX(); ++x) {
+            const float want = expected(x, row);
+            const float got = Stored(after, x, row);
+            if (Bits(got) != Bits(want) && ++mismatches <= 5) ADD_FAILURE() << "lane (" << x << ", " << row << "): got " << got << ", want " << want;
+        }
+    }
+}
+
+} // namespace vek::test

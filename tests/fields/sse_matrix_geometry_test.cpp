@@ -1,0 +1,335 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "fields/field_storage.h"
+#include "vekdll/fields/sse_char_matrix.h"
+#include "vekdll/fields/sse_matrix.h"
+
+namespace {
+
+using vek::test::AllStored;
+using vek::test::ExpectLanes;
+using vek::test::FillStorage;
+using vek::test::StorageRows;
+using vek::test::Stored;
+using vek::test::Tag;
+
+TEST(CSSEMatrixAreaFill, FillAreaMirrorsTheKeptLanesOfTheEdgeColumns)
+{
+    // The closing lines lane by lane, by the phase of y0 and of y1: V takes
+    // the fill value, a number the lane of the edge column (x0 for the first
+    // line, x1 for the last), N leaves the line alone.
+    constexpr int V = -1, N = -2;
+    constexpr int kFirstLine[4][4] = {{V, V, V, V}, {V, V, V, 0}, {V, V, 1, 0}, {V, 2, 1, 0}};
+    constexpr int kLastLine[4][4] = {{N, N, N, N}, {V, 2, 1, 0}, {V, V, 1, 0}, {V, V, V, 0}};
+    // Every phase of both ends, lines apart and coinciding (there the last
+    // line wins), and rectangles reaching out of the field: x1 is clamped to
+    // the last column, which thus stays untouched; rows collapse onto the
+    // first or the last line.
+    for (const auto& [x0, x1] : {std::pair{1, 5}, {-3, 40}, {0, 1}, {4, 2}}) {
+        for (int y0 = -2; y0 < 16; ++y0) {
+            for (int y1 = y0; y1 < 18; ++y1) {
+                SCOPED_TRACE(testing::Message() << "x " << x0 << " ... " << x1 << ", y " << y0 << " ... " << y1);
+                CSSEMatrix field;
+                field.Create(7, 13);
+                FillStorage(field, Tag);
+                std::vector<float> expected = AllStored(field);
+                const auto at = [&](int x, int row) -> float& { return expected[static_cast<std::size_t>(row * 7 + x)]; };
+                const int c0 = std::clamp(x0, 0, 6);
+                const int c1 = std::clamp(x1, 0, 6);
+                const auto fillLine = [&](int line, const int (&lanes)[4], int edgeColumn) {
+                    if (lanes[0] == N) return;
+                    float vector[4];
+                    for (int lane = 0; lane < 4; ++lane) vector[lane] = lanes[lane] == V ? 0.5f : at(edgeColumn, 4 * line + lanes[lane]);
+                    for (int x = c0; x < c1; ++x)
+                        for (int lane = 0; lane < 4; ++lane) at(x, 4 * line + lane) = vector[lane];
+                };
+                const int l0 = std::clamp(y0 >> 2, 0, 3);
+                const int l1 = std::clamp(y1 >> 2, 0, 3);
+                fillLine(l0, kFirstLine[y0 & 3], c0);
+                fillLine(l1, kLastLine[y1 & 3], c1);
+                for (int line = l0 + 1; line < l1; ++line) fillLine(line, kFirstLine[0], c0);
+
+                field.FillArea(x0, y0, x1, y1, 0.5f);
+                ASSERT_EQ(AllStored(field), expected);
+            }
+        }
+    }
+}
+
+TEST(CSSEMatrixAreaFill, ApproximateAndCylindricalFillsWriteWholeLinesAndTheFrameIsWiderAtTheFarSides)
+{
+    // FillAreaApprox on 6 x 30 (lines 0 ... 7): from the line after
+    // (y0 >> 2) - 1 to before (y1 >> 2) + 1, both clamped first, so line 0
+    // is never filled.
+    struct Lines {
+        int y0, y1, first, end;
+    };
+    for (const Lines c : {Lines{0, 29, 1, 7}, Lines{9, 13, 2, 4}, Lines{4, 4, 1, 2}, Lines{3, 3, 1, 1}, Lines{-20, 60, 1, 7}}) {
+        SCOPED_TRACE(testing::Message() << "approximate " << c.y0 << " ... " << c.y1);
+        CSSEMatrix m;
+        m.Create(6, 30);
+        FillStorage(m, Tag);
+        m.FillAreaApprox(1, c.y0, 4, c.y1, 2.0f);
+        ExpectLanes(m, [&](int x, int row) { return row / 4 >= c.first && row / 4 < c.end && x >= 1 && x < 4 ? 2.0f : Tag(x, row); });
+    }
+
+    // Width 1 and step 1 over ten columns: radius 5, sampled at t = 4, 3,
+    // ... -5, into lines (8 >> 2) - 1 = 1 up to before (12 >> 2) + 1 = 4.
+    for (const bool negative : {false, true}) {
+        CSSEMatrix m;
+        m.Create(12, 20);
+        FillStorage(m, Tag);
+        m.FillAreaZylindrical(0, 8, 10, 12, 1.0f, 1.0f, negative);
+        ExpectLanes(m, [&](int x, int row) {
+            const float t = static_cast<float>(4 - x);
+            const float height = std::sqrt(25.0f - t * t);
+            return row >= 4 && row < 16 && x < 10 ? (negative ? 0.0f - height : height) : Tag(x, row);
+        });
+        // Samples beyond the radius take the root of 0: r = 2; t = 0, -2, -4, -6.
+        m.FillAreaZylindrical(0, 0, 4, 7, 2.0f, 1.0f, false);
+        EXPECT_EQ(Stored(m, 0, 0), 2.0f);
+        EXPECT_EQ(Stored(m, 3, 7), 0.0f);
+    }
+
+    // RemoveFrameArtefacts on 12 x 20 (lines 0 ... 5): nx columns on the
+    // left and nx + 1 on the right, ny >> 2 lines at the top and one more at
+    // the bottom.
+    struct Frame {
+        int nx, ny, left, right, top, bottom;
+    };
+    for (const Frame c : {Frame{4, 4, 4, 5, 1, 2}, Frame{4, 3, 4, 5, 0, 1}, Frame{-3, -8, 0, 0, 0, 0}, Frame{20, 40, 12, 12, 6, 6}}) {
+        SCOPED_TRACE(testing::Message() << "frame " << c.nx << ", " << c.ny);
+        CSSEMatrix m;
+        m.Create(12, 20);
+        FillStorage(m, Tag);
+        m.RemoveFrameArtefacts(c.nx, c.ny, 0.0f);
+        ExpectLanes(m, [&](int x, int row) {
+            const bool frame = x < c.left || x >= 12 - c.right || row / 4 < c.top || row / 4 >= 6 - c.bottom;
+            return frame ? 0.0f : Tag(x, row);
+        });
+    }
+}
+
+TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutAHit)
+{
+    const auto firstPoint = [](CSSEMatrix& m, float t, bool above) {
+        int x = 7, y = 7;
+        m.FindFirstPoint(x, y, t, above);
+        return std::pair(x, y);
+    };
+    // FindFirstPoint on 50 x 60 looks at columns 20 ... 29, lines 5 ... 10
+    // (rows 20 ... 43), column by column, and counts a pixel equal to t.
+    CSSEMatrix m;
+    m.Create(50, 60);
+    for (const auto& [x, y] : {std::pair{19, 30}, {30, 30}, {25, 19}, {25, 44}}) m.SetPoint(x, y, 2.0f);
+    EXPECT_EQ(firstPoint(m, 1.0f, true), std::pair(0, 0)) << "hits in the margin only";
+    m.SetPoint(26, 41, 1.0f);
+    EXPECT_EQ(firstPoint(m, 1.0f, true), std::pair(26, 41));
+    m.SetPoint(22, 38, 3.0f);
+    m.SetPoint(22, 37, 3.0f);
+    EXPECT_EQ(firstPoint(m, 1.0f, true), std::pair(22, 37)) << "an earlier column, then the lowest lane";
+    m.SetPoint(23, 21, -1.0f);
+    EXPECT_EQ(firstPoint(m, -1.0f, false), std::pair(23, 21));
+
+    // FindFirstPointLined on 6 x 30 climbs from line 6 to line 2 (rows 27
+    // ... 8), strictly beyond t, and reports the lowest lane of the first
+    // line that hits.
+    const auto lined = [](CSSEMatrix& f, int x, float t, bool above) {
+        int y = -1;
+        f.FindFirstPointLined(x, y, t, above);
+        return y;
+    };
+    m.Create(6, 30);
+    m.SetPoint(3, 28, 5.0f); // line 7
+    m.SetPoint(3, 7, 5.0f);  // line 1
+    EXPECT_EQ(lined(m, 3, 4.0f, true), 0);
+    m.SetPoint(3, 9, 5.0f);
+    m.SetPoint(3, 23, 5.0f);
+    m.SetPoint(3, 22, 5.0f);
+    m.SetPoint(3, 25, 4.0f);
+    EXPECT_EQ(lined(m, 3, 4.0f, true), 22);
+    EXPECT_EQ(lined(m, 3, 4.5f, false), 24);
+    EXPECT_EQ(lined(m, 6, -1.0f, true), 0) << "a column outside the field";
+
+    // Along a row, from the first argument to the second, both included;
+    // equal is no hit; positions outside read the rim pixel.
+    m.Create(10, 5);
+    for (int x = 0; x < 10; ++x) m.SetPoint(x, 2, static_cast<float>(x));
+    for (int x = 0; x < 10; ++x) m.SetPoint(x, 4, static_cast<float>(10 - x));
+    EXPECT_EQ(m.FindPointFromLeft(5, 9, 2, 5.0f, true), 6);
+    EXPECT_EQ(m.FindPointFromLeft(0, 4, 2, 4.5f, true), 4);
+    EXPECT_EQ(m.FindPointFromLeft(0, 9, 100, 4.5f, false), 6) << "row 100 is clamped to row 4";
+    EXPECT_EQ(m.FindPointFromRight(9, 6, 2, 4.5f, false), 6);
+    EXPECT_EQ(m.FindPointFromRight(2, 7, 2, 0.0f, true), 7);
+    EXPECT_EQ(m.FindPointFromLeft(-3, 9, 2, 0.5f, false), -3);
+    EXPECT_EQ(m.FindPointFromRight(15, 0, 2, 8.5f, true), 15);
+    EXPECT_EQ(m.FindPointFromRight(15, 0, 2, 4.5f, false), 4);
+    EXPECT_EQ(m.FindPointFromLeft(-2000000000, 2000000000, 2, 100.0f, true), 2000000000);
+}
+
+// A 3 x 40 field: lines 0 ... 9 hold image rows, line 10 is padding. All
+// tags lie below 50000 but that of row 17, when asked for.
+void MakeColumnField(CSSEMatrix& m, bool peakAtRow17)
+{
+    m.Create(3, 40);
+    FillStorage(m, [&](int x, int row) { return peakAtRow17 && row == 17 ? 90000.0f : Tag(x, row); });
+}
+
+// Column 1 holds 7 in rows firstRow ... endRow - 1 but the kept ones; all
+// else is as MakeColumnField left it.
+void ExpectPainted(const CSSEMatrix& m, bool peak, int firstRow, int endRow, std::vector<int> kept = {})
+{
+    CSSEMatrix original;
+    MakeColumnField(original, peak);
+    ExpectLanes(m, [&](int x, int row) {
+        const bool painted = x == 1 && row >= firstRow && row < endRow && std::find(kept.begin(), kept.end(), row) == kept.end();
+        return painted ? 7.0f : Stored(original, x, row);
+    });
+}
+
+TEST(CSSEMatrixScans, DrawFirstPointLinedPaintsWholeLinesUpToTheFirstHit)
+{
+    struct Case {
+        bool peak;
+        float t;
+        int yStop;
+        int y;                // -5: untouched
+        int firstRow, endRow; // painted
+    };
+    const Case cases[] = {
+        {true, 50000.0f, 0, 16, 20, 40},     // the hit in line 4 stops the paint below it
+        {false, 0.0f, 13, -5, 20, 40},       // no hit: lines 9 down to (13 >> 2) + 2 = 5
+        {false, 0.0f, -10, -5, 8, 40},       // a negative stop counts as row 0: lines 9 ... 2
+        {false, 0.0f, 1000, -5, 0, 0},       // clamped to row 39: (39 >> 2) + 2 lies past line 9
+        {false, Tag(1, 36), 29, -5, 36, 40}, // equal to t is no hit
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.t << " from " << c.yStop);
+        CSSEMatrix m;
+        MakeColumnField(m, c.peak);
+        int y = -5;
+        m.DrawFirstPointLined(1, c.t, c.peak, 7.0f, y, c.yStop);
+        m.DrawFirstPointLined(3, 0.0f, false, 7.0f, y, 0); // outside the field: ignored
+        EXPECT_EQ(y, c.y);
+        ExpectPainted(m, c.peak, c.firstRow, c.endRow);
+    }
+}
+
+// Both kinds of mask, with the same pixels set, protect the same pixels.
+template <class Mask, class Value>
+void ExpectMaskProtects(Value set, Value tiny)
+{
+    CSSEMatrix m;
+    MakeColumnField(m, true);
+    Mask mask;
+    mask.Create(3, 40);
+    for (int x = 0; x < 3; ++x) mask.SetPoint(x, 25, set);
+    mask.SetPoint(1, 30, tiny);
+    mask.SetPoint(1, 10, set); // above the hit
+    int y = -5;
+    m.DrawFirstPointLinedUseMask(1, 50000.0f, true, 7.0f, y, mask, 0);
+    EXPECT_EQ(y, 16);
+    ExpectPainted(m, true, 20, 40, {25, 30});
+
+    // A mask of another size leaves field and y alone.
+    for (const auto& [sizeX, sizeY] : {std::pair{3, 39}, {4, 40}}) {
+        mask.Create(sizeX, sizeY);
+        MakeColumnField(m, false);
+        m.DrawFirstPointLinedUseMask(1, 0.0f, false, 7.0f, y, mask, 0);
+        EXPECT_EQ(y, 16);
+        ExpectPainted(m, false, 0, 0);
+    }
+}
+
+TEST(CSSEMatrixScans, TheMaskProtectsItsPixelsFromPaintingButDoesNotStopTheScan)
+{
+    ExpectMaskProtects<CSSEMatrix>(1.0f, -0.001f);
+    ExpectMaskProtects<CSSEcharMatrix>(static_cast<char>(1), static_cast<char>(-128));
+}
+
+TEST(CSSEMatrixResampling, EveryPixelIsTheBilinearBlendSummedInItsFixedOrder)
+{
+    // Up, down, mixed, one pixel, the same size, and fields of several blocks.
+    struct Case {
+        int oldX, oldY, newX, newY;
+    };
+    const Case cases[] = {{7, 5, 13, 9}, {13, 9, 5, 3}, {6, 11, 17, 4}, {4, 4, 1, 1}, {1, 1, 3, 6}, {6, 9, 6, 9}, {9, 130, 5, 70}, {3, 40, 4, 131}};
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> value(-100.0f, 100.0f);
+    for (const Case& c : cases) {
+        for (auto scale : {&CSSEMatrix::ScaleMatrix, &CSSEMatrix::ScaleMatrix_SSE}) {
+            SCOPED_TRACE(testing::Message() << c.oldX << " x " << c.oldY << " to " << c.newX << " x " << c.newY);
+            CSSEMatrix old;
+            old.Create(c.oldX, c.oldY);
+            FillStorage(old, [&](int, int) { return value(random); });
+            CSSEMatrix m;
+            m.CopyFromSSEMatrix(old);
+            m.SetRowProcessed(3);
+            (m.*scale)(c.newX, c.newY);
+            ASSERT_EQ(m.GetSizeX(), c.newX);
+            ASSERT_EQ(m.GetSizeY(), c.newY);
+            EXPECT_EQ(m.GetRowProcessed(), 3);
+            // New pixel (x, y) lies at (x * sx, y * sy) of the old image; the
+            // neighbours right and below are read clamped; the four terms are
+            // summed left to right. The padding is cleared.
+            const float sx = static_cast<float>(c.oldX) / static_cast<float>(c.newX);
+            const float sy = static_cast<float>(c.oldY) / static_cast<float>(c.newY);
+            ExpectLanes(m, [&](int x, int y) {
+                if (y >= c.newY) return 0.0f;
+                const float fx = static_cast<float>(x) * sx;
+                const float fy = static_cast<float>(y) * sy;
+                const int ix = static_cast<int>(fx);
+                const int iy = static_cast<int>(fy);
+                const float tx = fx - static_cast<float>(ix);
+                const float ty = fy - static_cast<float>(iy);
+                const auto p = [&](int i, int j) { return old.GetPoint(i, j); };
+                return (1 - tx) * p(ix, iy) * (1 - ty) + p(ix + 1, iy) * tx * (1 - ty) + (1 - tx) * p(ix, iy + 1) * ty + p(ix + 1, iy + 1) * tx * ty;
+            });
+        }
+    }
+
+    // Sizes that cannot be a field leave it alone.
+    CSSEMatrix m;
+    m.Create(3, 3);
+    __m128** lines = m.GetMatrixDataDirectly();
+    m.ScaleMatrix(-1, 4);
+    m.ScaleMatrix_SSE(4, CSSEMatrix::kMaxSizeY + 1);
+    EXPECT_EQ(m.GetMatrixDataDirectly(), lines);
+}
+
+TEST(CSSEMatrixResizing, NewColumnsRepeatTheRimPixelOfRowZeroAndAFrameSurroundsTheShiftedImage)
+{
+    for (const bool left : {true, false}) {
+        CSSEMatrix m;
+        m.Create(4, 6);
+        FillStorage(m, Tag);
+        left ? m.ElongateLeft(3) : m.ElongateRight(3);
+        ASSERT_EQ(m.GetSizeX(), 7);
+        ASSERT_EQ(m.GetSizeY(), 6);
+        // Old columns come over whole, padding lanes included.
+        const int shift = left ? 3 : 0;
+        ExpectLanes(m, [&](int x, int row) { return x - shift >= 0 && x - shift < 4 ? Tag(x - shift, row) : Tag(left ? 0 : 3, 0); });
+    }
+
+    CSSEMatrix m;
+    m.Create(3, 5);
+    FillStorage(m, Tag);
+    m.EmbedinValueFrame(2, 1, -1.0f); // two rows down: every pixel changes lane
+    ASSERT_EQ(m.GetSizeX(), 5);
+    ASSERT_EQ(m.GetSizeY(), 9);
+    // The old padding lanes (rows 5 on) stay behind.
+    ExpectLanes(m, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 6 ? Tag(x - 1, row - 2) : -1.0f; });
+    const std::vector<float> framed = AllStored(m);
+    m.EmbedinValueFrame(-1, 1, 0.0f);
+    m.EmbedinValueFrame(CSSEMatrix::kMaxSizeY, 0, 0.0f);
+    m.ElongateRight(-2);
+    EXPECT_EQ(AllStored(m), framed);
+}
+
+} // namespace
