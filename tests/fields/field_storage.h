@@ -4,14 +4,13 @@
 // pixel functions. A float field holds four rows to a line (pixel (x, y) is
 // lane y & 3 of vector x of line y >> 2), a byte field sixteen (byte y & 15).
 // A storage row is an image row or, from SizeY on, a padding row. Beside
-// that: small float fields drawn as text, and random fields for the property
-// tests that compare a whole-field operation with a plain per-pixel one.
+// that: small float fields drawn as text, and a bit-exact comparison of every
+// lane with an expectation.
 
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cstdint>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -75,14 +74,30 @@ inline int ByteTag(int x, int row)
     return (7 * x + 3 * row) % 251 - 125;
 }
 
+// A float field of sizeX x sizeY whose every lane, padding included, is
+// value(x, storage row), or the constant v.
+template <class Value>
+CSSEMatrix FieldOf(int sizeX, int sizeY, Value value)
+{
+    CSSEMatrix m;
+    m.Create(sizeX, sizeY);
+    FillStorage(m, value);
+    return m;
+}
+inline CSSEMatrix Filled(int sizeX, int sizeY, float v)
+{
+    return FieldOf(sizeX, sizeY, [v](int, int) { return v; });
+}
+
 inline void FillRandomBytes(CSSEcharMatrix& m, CrtRandom& random)
 {
     FillStorage(m, [&](int, int) { return (random.Next() & 0xFF) - 128; });
 }
 
 // A float field drawn as rows of text: '.' is 0, a digit d is d, '-' is -1.
-inline void CreateFromRows(CSSEMatrix& m, const std::vector<std::string>& rows)
+inline CSSEMatrix FromRows(const std::vector<std::string>& rows)
 {
+    CSSEMatrix m;
     m.Create(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()));
     for (int y = 0; y < m.GetSizeY(); ++y) {
         for (int x = 0; x < m.GetSizeX(); ++x) {
@@ -90,6 +105,7 @@ inline void CreateFromRows(CSSEMatrix& m, const std::vector<std::string>& rows)
             m.SetPoint(x, y, c == '.' ? 0.0f : c == '-' ? -1.0f : static_cast<float>(c - '0'));
         }
     }
+    return m;
 }
 
 // The pixels as text again; a value that is not 0 below 1 reads as '0'.
@@ -110,38 +126,6 @@ inline std::vector<std::string> RowsOf(const CSSEMatrix& m)
 inline std::uint32_t Bits(float v)
 {
     return std::bit_cast<std::uint32_t>(v);
-}
-
-// Every lane, padding included, drawn from `values`. Half of the vectors get
-// one value in all four lanes, so that both the path where the lanes agree
-// and the mixed path are taken.
-inline void FillRandomLanes(CSSEMatrix& m, std::uint32_t seed, const std::vector<float>& values)
-{
-    std::mt19937 random(seed);
-    const auto pick = [&] { return values[random() % values.size()]; };
-    for (int row = 0; row < StorageRows(m); row += 4) {
-        for (int x = 0; x < m.GetSSESizeX(); ++x) {
-            const bool uniform = random() % 2 == 0;
-            const float common = pick();
-            for (int lane = 0; lane < 4; ++lane) Stored(m, x, row + lane) = uniform ? common : pick();
-        }
-    }
-}
-
-// For fields of one block and of several, with padding of one to four lanes:
-// a random field (a new seed each time) and an untouched copy of it.
-template <class Check>
-void ForEachRandomField(std::uint32_t& seed, const std::vector<float>& values, Check check)
-{
-    for (const auto& [sizeX, sizeY] : {std::pair{9, 7}, {13, 12}, {5, 130}}) {
-        SCOPED_TRACE(testing::Message() << sizeX << " x " << sizeY);
-        CSSEMatrix m;
-        m.Create(sizeX, sizeY);
-        FillRandomLanes(m, ++seed, values);
-        CSSEMatrix before;
-        before.CopyFromSSEMatrix(m);
-        check(m, before);
-    }
 }
 
 // Expects every lane of `after` to be expected(x, storage row), bit for bit.

@@ -4,160 +4,107 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "fields/field_storage.h"
 #include "support/unowned_alias.h"
 #include "vekdll/fields/filters.h"
+#include "vekdll/fields/img_from_to_array.h"
 #include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
 using vek::test::AllStored;
-using vek::test::FillStorage;
-using vek::test::Stored;
-using vek::test::StorageRows;
+using vek::test::ExpectLanes;
+using vek::test::FieldOf;
+using vek::test::Filled;
 using vek::test::Tag;
 
 TEST(CSSEMatrixStorage, LinesBlocksAndPaddingFollowTheRowCount)
 {
-    struct Geometry {
-        int sizeX, sizeY, lines, blocks;
-    };
-    const Geometry cases[] = {
-        {5, 0, 1, 1},                         // no rows: one line of padding
-        {5, 4, 2, 1},                         // a multiple of 4: the whole last line is padding
-        {10, 124, 32, 1},                     // 32 lines still fit one block
-        {10, 128, 33, 2},                     // the 33rd line opens a second block of one line
-        {3, 256, 65, 3},
-        {1, CSSEMatrix::kMaxSizeY, 8000, 250}, // the largest field the block table holds
-    };
-    for (const Geometry& g : cases) {
-        SCOPED_TRACE(testing::Message() << g.sizeX << " x " << g.sizeY);
-        CSSEMatrix m;
-        m.Create(g.sizeX, g.sizeY);
-        ASSERT_EQ(m.GetSSESizeY(), g.lines);
-        ASSERT_EQ(m.GetFields(), g.blocks);
-        for (int i = 0; i < g.lines; ++i) ASSERT_EQ(m.GetMatrixDataDirectly()[i], m.GetField(i / 32) + (i % 32) * g.sizeX) << "line " << i;
-        // Every lane of the last line lies inside the last block (AddressSanitizer checks).
-        m.Fill(2.5f);
-        for (float lane : AllStored(m)) ASSERT_EQ(lane, 2.5f);
+    // No rows: one line of padding; a multiple of 4: a whole line of padding;
+    // 32 lines fit one block, the 33rd opens a second; the largest field.
+    for (const auto& [sizeX, sizeY, lines, blocks] : {std::tuple{5, 0, 1, 1}, {5, 4, 2, 1}, {10, 124, 32, 1}, {10, 128, 33, 2}, {1, CSSEMatrix::kMaxSizeY, 8000, 250}}) {
+        const CSSEMatrix m = Filled(sizeX, sizeY, 2.5f); // every lane lies inside a block (AddressSanitizer checks)
+        ASSERT_EQ(m.GetSSESizeY(), lines) << sizeY;
+        ASSERT_EQ(m.GetFields(), blocks) << sizeY;
+        for (int i = 0; i < lines; ++i) ASSERT_EQ(m.GetMatrixDataDirectly()[i], m.GetField(i / 32) + (i % 32) * sizeX) << sizeY << ", line " << i;
     }
 }
 
-TEST(CSSEMatrixStorage, CreateRefusesReleasesAndTheImageChangesHandsOnlyByMove)
+TEST(CSSEMatrixStorage, CreateRefusesAssignmentSharesAndMoveHandsTheImageOver)
 {
-    CSSEMatrix m;
-    m.CreateNoClear(7, 130); // two blocks
-    FillStorage(m, Tag);
+    CSSEMatrix m = FieldOf(7, 130, Tag); // two blocks
     m.SetRowProcessed(6);
     m.Create(7, 130); // no block is reused: the old image goes (leak checker)
-    for (float lane : AllStored(m)) ASSERT_EQ(lane, 0.0f);
-    EXPECT_EQ(m.GetRowProcessed(), 6);
-
-    // Impossible sizes are refused before anything changes.
-    m.SetPoint(1, 129, 8.0f);
+    ExpectLanes(m, [](int, int) { return 0.0f; });
     EXPECT_THROW(m.Create(-1, 5), CInvalidArgException);
-    EXPECT_THROW(m.Create(5, -1), CInvalidArgException);
     EXPECT_THROW(m.CreateNoClear(1, CSSEMatrix::kMaxSizeY + 1), CInvalidArgException);
-    EXPECT_EQ(m.GetPoint(1, 129), 8.0f);
+    EXPECT_EQ(m.GetSizeX(), 7) << "refused before anything changed";
 
-    // Assignment shares the image. The alias is never destroyed, so that only
-    // m releases it.
+    // The alias is never destroyed, so that only m releases the shared image.
     vek::test::UnownedAlias<CSSEMatrix> alias;
     *alias = m;
     alias->SetPoint(1, 129, 9.0f);
     EXPECT_EQ(m.GetPoint(1, 129), 9.0f);
 
-    // A move hands over image, spans and row state, releasing the target's
-    // own image, and leaves the source empty but usable.
+    // A move takes image, spans and row state, releases the target's own
+    // image, and leaves the source empty but usable.
     m.GetFromToArray().CalcArray(m, 0, 6);
-    CSSEMatrix target;
-    target.Create(3, 3);
+    CSSEMatrix target = Filled(3, 3, 1.0f);
     target = std::move(m);
     EXPECT_EQ(target.GetPoint(1, 129), 9.0f);
     EXPECT_EQ(target.GetRowProcessed(), 6);
     EXPECT_EQ(target.GetFromToArray().GetNumEntries(), 33);
     EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
-    EXPECT_EQ(m.GetSizeX(), 0);
-    EXPECT_EQ(m.GetFromToArray().GetNumEntries(), 0);
-    CSSEMatrix moved(std::move(target));
-    m = std::move(moved);
+    m = CSSEMatrix(std::move(target));
     EXPECT_EQ(m.GetPoint(1, 129), 9.0f);
-
-    // Releasing keeps the sizes of the image no longer held; Reset forgets them.
+    // Releasing keeps the sizes of the image no longer held.
     m.FreeImageMemoryOnly();
-    EXPECT_EQ(m.GetFields(), 0);
+    m.Fill(1.0f);
     EXPECT_EQ(m.GetSSESizeY(), 33);
-    m.Fill(1.0f); // without an image: nothing to write
-    m.Reset();
-    EXPECT_EQ(m.GetSizeY(), 0);
-    EXPECT_EQ(m.GetSSESizeY(), 0);
-    EXPECT_EQ(m.GetRowProcessed(), 0);
-}
-
-enum class Merge { Assign, Larger, Smaller };
-
-std::vector<std::pair<int, int>> Box(int reach, bool crossOnly = false)
-{
-    std::vector<std::pair<int, int>> offsets;
-    for (int dy = -reach; dy <= reach; ++dy)
-        for (int dx = -reach; dx <= reach; ++dx)
-            if (!crossOnly || dx == 0 || dy == 0) offsets.emplace_back(dx, dy);
-    return offsets;
 }
 
 TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootprintMovesInward)
 {
-    CSSEMatrix m;
-    m.Create(9, 11); // storage row 11 is padding
-    FillStorage(m, Tag);
-    EXPECT_EQ(m.GetPoint(-5, 1000), Tag(0, 10)); // never the padding lane
-    EXPECT_EQ(m.GetPoint(12, 4), Tag(8, 4));
-    EXPECT_EQ(m.GetPointAddress(20, -3), &Stored(m, 8, 0));
+    CSSEMatrix m = FieldOf(9, 11, Tag); // storage row 11 is padding
+    EXPECT_EQ(m.GetPoint(-5, 1000), Tag(0, 10));
+    EXPECT_EQ(m.GetPointAddress(20, -3), &vek::test::Stored(m, 8, 0));
 
+    enum Merge { Assign, Larger, Smaller };
     struct Write {
-        const char* name;
         void (CSSEMatrix::*write)(int, int, float);
         Merge merge;
-        int lowX, highX; // the centre is clamped to lowX ... SizeX-1-highX
-        std::vector<std::pair<int, int>> offsets;
+        int left, right, reach; // columns left and right of the centre; rows up and down
+        bool cross;
     };
-    const std::vector<std::pair<int, int>> row{{-1, 0}, {0, 0}, {1, 0}};
     const Write writes[] = {
-        {"SetPoint", &CSSEMatrix::SetPoint, Merge::Assign, 0, 0, {{0, 0}}},
-        {"SetPointMax", &CSSEMatrix::SetPointMax, Merge::Larger, 0, 0, {{0, 0}}},
-        {"SetPointMin", &CSSEMatrix::SetPointMin, Merge::Smaller, 0, 0, {{0, 0}}},
-        {"SetPointAndLeftOfPoint", &CSSEMatrix::SetPointAndLeftOfPoint, Merge::Assign, 1, 0, {{-1, 0}, {0, 0}}},
-        {"SetPointAndRightOfPoint", &CSSEMatrix::SetPointAndRightOfPoint, Merge::Assign, 0, 1, {{0, 0}, {1, 0}}},
-        {"SetTriplePointMax", &CSSEMatrix::SetTriplePointMax, Merge::Larger, 1, 1, row},
-        {"SetTriplePointMin", &CSSEMatrix::SetTriplePointMin, Merge::Smaller, 1, 1, row},
-        {"SetCross", &CSSEMatrix::SetCross, Merge::Assign, 1, 1, Box(1, true)},
-        {"SetCrossMax", &CSSEMatrix::SetCrossMax, Merge::Larger, 1, 1, Box(1, true)},
-        {"SetCrossMin", &CSSEMatrix::SetCrossMin, Merge::Smaller, 1, 1, Box(1, true)},
-        {"Set3x3BoxPoint", &CSSEMatrix::Set3x3BoxPoint, Merge::Assign, 1, 1, Box(1)},
-        {"Set3x3BoxPointMax", &CSSEMatrix::Set3x3BoxPointMax, Merge::Larger, 1, 1, Box(1)},
-        {"Set3x3BoxPointMin", &CSSEMatrix::Set3x3BoxPointMin, Merge::Smaller, 1, 1, Box(1)},
-        {"Set5x5BoxPointMax", &CSSEMatrix::Set5x5BoxPointMax, Merge::Larger, 2, 2, Box(2)},
-        {"Set5x5BoxPointMin", &CSSEMatrix::Set5x5BoxPointMin, Merge::Smaller, 2, 2, Box(2)},
+        {&CSSEMatrix::SetPoint, Assign, 0, 0, 0, false},        {&CSSEMatrix::SetPointMax, Larger, 0, 0, 0, false},
+        {&CSSEMatrix::SetPointMin, Smaller, 0, 0, 0, false},    {&CSSEMatrix::SetPointAndLeftOfPoint, Assign, 1, 0, 0, false},
+        {&CSSEMatrix::SetPointAndRightOfPoint, Assign, 0, 1, 0, false}, {&CSSEMatrix::SetTriplePointMax, Larger, 1, 1, 0, false},
+        {&CSSEMatrix::SetTriplePointMin, Smaller, 1, 1, 0, false}, {&CSSEMatrix::SetCross, Assign, 1, 1, 1, true},
+        {&CSSEMatrix::SetCrossMax, Larger, 1, 1, 1, true},      {&CSSEMatrix::SetCrossMin, Smaller, 1, 1, 1, true},
+        {&CSSEMatrix::Set3x3BoxPoint, Assign, 1, 1, 1, false},  {&CSSEMatrix::Set3x3BoxPointMax, Larger, 1, 1, 1, false},
+        {&CSSEMatrix::Set3x3BoxPointMin, Smaller, 1, 1, 1, false}, {&CSSEMatrix::Set5x5BoxPointMax, Larger, 2, 2, 2, false},
+        {&CSSEMatrix::Set5x5BoxPointMin, Smaller, 2, 2, 2, false},
     };
     const auto pattern = [](int x, int row) { return static_cast<float>((7 * x + 3 * row) % 10); };
-    const float v = 4.5f;
     for (const Write& w : writes) {
-        // Rows are clamped like columns: by the footprint's reach up and down.
-        const int lowY = std::max(0, -w.offsets.front().second);
         for (int x : {-100, 0, 1, 2, 6, 7, 8, 50}) {
             for (int y : {-7, 0, 1, 2, 8, 9, 10, 11, 40}) {
-                SCOPED_TRACE(testing::Message() << w.name << "(" << x << ", " << y << ")");
-                FillStorage(m, pattern);
-                (m.*w.write)(x, y, v);
-                const int cx = std::clamp(x, w.lowX, 8 - w.highX);
-                const int cy = std::clamp(y, lowY, 10 - lowY);
-                vek::test::ExpectLanes(m, [&](int col, int r) {
-                    const float old = pattern(col, r);
-                    if (std::find(w.offsets.begin(), w.offsets.end(), std::pair(col - cx, r - cy)) == w.offsets.end()) return old;
-                    return w.merge == Merge::Assign ? v : w.merge == Merge::Larger ? std::max(old, v) : std::min(old, v);
+                SCOPED_TRACE(testing::Message() << "write " << (&w - writes) << " at (" << x << ", " << y << ")");
+                m = FieldOf(9, 11, pattern);
+                (m.*w.write)(x, y, 4.5f);
+                const int cx = std::clamp(x, w.left, 8 - w.right);
+                const int cy = std::clamp(y, w.reach, 10 - w.reach);
+                ExpectLanes(m, [&](int col, int row) {
+                    const int dx = col - cx;
+                    const int dy = row - cy;
+                    const float old = pattern(col, row);
+                    if (dx < -w.left || dx > w.right || std::abs(dy) > w.reach || (w.cross && dx != 0 && dy != 0)) return old;
+                    return w.merge == Assign ? 4.5f : w.merge == Larger ? std::max(old, 4.5f) : std::min(old, 4.5f);
                 });
             }
         }
@@ -166,202 +113,173 @@ TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootpri
 
 TEST(CSSEMatrixPixels, ClearRowAndProcessedRowFillReachOnlyTheirRows)
 {
-    CSSEMatrix m;
-    m.Create(5, 6);
-    m.Fill(3.0f);
-    m.ClearRow(-8, 7.0f); // row 0
+    CSSEMatrix m = Filled(5, 6, 3.0f);
+    m.ClearRow(-8, 7.0f);
     m.ClearRow(99, 9.0f); // row 5, not a padding lane
-    vek::test::ExpectLanes(m, [](int, int row) { return row == 0 ? 7.0f : row == 5 ? 9.0f : 3.0f; });
-
-    // The row RowProcessed, clamped, is carried into every storage row below it.
-    struct Case {
-        int sizeY, rowProcessed, carried;
-    };
-    const Case cases[] = {
-        {13, 5, 5},    // mid-line: the rest of line 1, then whole lines
-        {13, 7, 7},    // last lane of its line: whole lines only
-        {13, -3, 0},   // nothing finished yet: row 0 is carried
-        {13, 100, 12}, // clamped to the last row; only padding follows
-        {12, 11, 11},  // the last line is pure padding and is filled too
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << "SizeY " << c.sizeY << ", RowProcessed " << c.rowProcessed);
-        m.Create(3, c.sizeY);
-        FillStorage(m, Tag);
-        m.SetRowProcessed(c.rowProcessed);
+    ExpectLanes(m, [](int, int row) { return row == 0 ? 7.0f : row == 5 ? 9.0f : 3.0f; });
+    // The row RowProcessed, clamped, is carried into every storage row below
+    // it: from mid-line, from the last lane of a line, before any row, past
+    // the last row, and into a last line of pure padding.
+    for (const auto& [sizeY, rowProcessed, carried] : {std::tuple{13, 5, 5}, {13, 7, 7}, {13, -3, 0}, {13, 100, 12}, {12, 11, 11}}) {
+        m = FieldOf(3, sizeY, Tag);
+        m.SetRowProcessed(rowProcessed);
         m.FillMatrixWithProcessedRow();
-        vek::test::ExpectLanes(m, [&](int x, int row) { return Tag(x, std::min(row, c.carried)); });
+        ExpectLanes(m, [carried = carried](int x, int row) { return Tag(x, std::min(row, carried)); });
     }
 }
 
 TEST(CSSEMatrixPixels, PreciseReadInterpolatesAndClampsItsCornerToOneInside)
 {
-    // p = 10 x + 100 y on 6 x 5 is a plane, which the bilinear weights
-    // reproduce exactly at binary fractions.
-    CSSEMatrix m;
-    m.Create(6, 5);
-    for (int y = 0; y < 5; ++y)
-        for (int x = 0; x < 6; ++x) m.SetPoint(x, y, 10.0f * x + 100.0f * y);
+    // A plane, which the bilinear weights reproduce exactly at binary
+    // fractions. The corner is clamped to 1 ... Size - 2: column and row 0
+    // are never read, the last ones only as the far corner.
+    const CSSEMatrix m = FieldOf(6, 5, [](int x, int y) { return 10.0f * x + 100.0f * y; });
     EXPECT_EQ(m.GetPixelPreciseFloat(2.5f, 3.25f, true), 25.0f + 325.0f);
-    // Below 1 the corner stays at 1 with weight 0: column and row 0 are never read.
-    EXPECT_EQ(m.GetPixelPreciseFloat(0.5f, 2.0f), 10.0f + 200.0f);
     EXPECT_EQ(m.GetPixelPreciseFloat(-3.7f, 0.25f), 10.0f + 100.0f);
-    // The far corner reaches the last column and row with a weight up to 1.
     EXPECT_EQ(m.GetPixelPreciseFloat(4.75f, 2.0f), 47.5f + 200.0f);
-    EXPECT_EQ(m.GetPixelPreciseFloat(9.3f, 30.0f), 50.0f + 400.0f);
     EXPECT_EQ(m.GetPixelPreciseFloat(1e30f, -1e30f), 50.0f + 100.0f);
     EXPECT_TRUE(std::isfinite(m.GetPixelPreciseFloat(std::numeric_limits<float>::quiet_NaN(), 2.0f)));
-
     // The terms are added as corner, below, right, diagonal: with weights of
     // 1/4, 2.5e7 + 0.25 rounds back to 2.5e7, so this order gives 0.25 where
     // adding the two large terms first would give 0.5.
-    CSSEMatrix order;
-    order.Create(4, 4);
+    CSSEMatrix order = Filled(4, 4, 0.0f);
     order.SetPoint(1, 1, 1e8f);
-    order.SetPoint(1, 2, 1.0f);
     order.SetPoint(2, 1, -1e8f);
+    order.SetPoint(1, 2, 1.0f);
     order.SetPoint(2, 2, 1.0f);
     EXPECT_EQ(order.GetPixelPreciseFloat(1.5f, 1.5f), 0.25f);
 }
 
 TEST(CSSEMatrixCopy, DeepCopyTakesEveryLaneOfEveryBlockAndNothingElse)
 {
-    // One block (a single transfer), and several blocks (line by line).
+    // One block (a single transfer) and several (line by line), into fields
+    // of no, another and the same size; an empty source, and the field
+    // itself, change nothing.
     for (const auto& [sizeX, sizeY] : {std::pair{7, 3}, {10, 124}, {10, 128}, {3, 300}}) {
-        for (const auto& [targetX, targetY] : {std::pair{0, 0}, {5, 40}, {sizeX, sizeY}}) {
-            SCOPED_TRACE(testing::Message() << sizeX << " x " << sizeY << " into " << targetX << " x " << targetY);
-            CSSEMatrix src;
-            src.Create(sizeX, sizeY);
-            FillStorage(src, Tag);
-            src.SetRowProcessed(2);
-            CSSEMatrix dst;
-            if (targetX > 0) dst.Create(targetX, targetY);
-            dst.Fill(-4.0f);
+        for (const int targetX : {0, 5, sizeX}) {
+            const CSSEMatrix src = FieldOf(sizeX, sizeY, Tag);
+            CSSEMatrix dst = Filled(targetX, targetX == sizeX ? sizeY : 40, -4.0f);
             dst.SetRowProcessed(9);
             dst.CopyFromSSEMatrix(src);
-            EXPECT_EQ(dst.GetSizeY(), sizeY);
-            EXPECT_NE(dst.GetMatrixDataDirectly(), src.GetMatrixDataDirectly());
-            EXPECT_EQ(AllStored(dst), AllStored(src));
-            EXPECT_EQ(dst.GetRowProcessed(), 9);
-
-            // A source without an image, and the field itself, change nothing.
-            __m128** lines = dst.GetMatrixDataDirectly();
-            CSSEMatrix released;
-            released.Create(8, 8);
-            released.FreeImageMemoryOnly();
-            dst.CopyFromSSEMatrix(released);
+            dst.CopyFromSSEMatrix(CSSEMatrix());
             dst.CopyFromSSEMatrix(dst);
-            EXPECT_EQ(dst.GetMatrixDataDirectly(), lines);
-            EXPECT_EQ(AllStored(dst), AllStored(src));
+            EXPECT_EQ(dst.GetSizeY(), sizeY);
+            EXPECT_EQ(AllStored(dst), AllStored(src)) << sizeX << " x " << sizeY << " into width " << targetX;
+            EXPECT_EQ(dst.GetRowProcessed(), 9);
         }
     }
 }
 
 TEST(CSSEMatrixCopy, CenteredCopiesLayTheTwoCentresOnEachOther)
 {
-    struct Case {
-        int dstX, dstY, srcX, srcY, shiftX, shiftY; // by hand: (src >> 1) - (dst >> 1)
-    };
-    for (const Case& c : {Case{4, 4, 7, 6, 1, 1}, Case{5, 4, 8, 9, 2, 2}, Case{6, 3, 7, 4, 0, 1}}) {
-        SCOPED_TRACE(testing::Message() << c.dstX << " x " << c.dstY << " from " << c.srcX << " x " << c.srcY);
-        CSSEMatrix src;
-        src.Create(c.srcX, c.srcY);
-        FillStorage(src, Tag);
-        CSSEMatrix dst;
-        dst.Create(c.dstX, c.dstY);
-        dst.Fill(-9.0f);
-        dst.CopyFromSSEMatrixCentered(src);
-        for (int y = 0; y < c.dstY; ++y)
-            for (int x = 0; x < c.dstX; ++x) ASSERT_EQ(dst.GetPoint(x, y), Tag(x + c.shiftX, y + c.shiftY));
+    // The shift is (src >> 1) - (dst >> 1) in each direction.
+    for (const auto& [dstX, dstY, srcX, srcY, shiftX, shiftY] : {std::tuple{4, 4, 7, 6, 1, 1}, {5, 4, 8, 9, 2, 2}, {6, 3, 7, 4, 0, 1}}) {
+        CSSEMatrix dst = Filled(dstX, dstY, -9.0f);
+        dst.CopyFromSSEMatrixCentered(FieldOf(srcX, srcY, Tag));
+        ExpectLanes(dst, [h = dstY, sx = shiftX, sy = shiftY](int x, int y) { return y < h ? Tag(x + sx, y + sy) : 0.0f; });
     }
-
     // The merging forms don't clear: 5 with a hole of 1 at (2, 2), shifted
-    // by 1 onto 3 with a peak of 8 at (3, 3).
-    CSSEMatrix src;
-    src.Create(6, 6);
-    src.Fill(5.0f);
+    // by 1 onto 3 with a peak of 8 at (3, 3). A source narrower than the
+    // field is not used; only the plain centred copy clears before it looks.
+    CSSEMatrix src = Filled(6, 6, 5.0f);
     src.SetPoint(2, 2, 1.0f);
+    const CSSEMatrix narrow = Filled(3, 10, 9.0f);
     for (const bool maximum : {true, false}) {
-        CSSEMatrix dst;
-        dst.Create(4, 4);
-        dst.Fill(3.0f);
+        CSSEMatrix dst = Filled(4, 4, 3.0f);
         dst.SetPoint(3, 3, 8.0f);
-        maximum ? dst.CopyFromSSEMatrixCenteredMaximum(src) : dst.CopyFromSSEMatrixCenteredMinimum(src);
-        for (int y = 0; y < 4; ++y) {
-            for (int x = 0; x < 4; ++x) {
-                const float here = x == 3 && y == 3 ? 8.0f : 3.0f;
-                const float there = x == 1 && y == 1 ? 1.0f : 5.0f;
-                ASSERT_EQ(dst.GetPoint(x, y), maximum ? std::max(here, there) : std::min(here, there)) << x << ", " << y;
-            }
-        }
-        // A source narrower or lower than the field is not used; only the
-        // plain centred copy has cleared the field before it looks.
-        CSSEMatrix narrow;
-        narrow.Create(3, 10);
-        dst.Fill(2.0f);
-        maximum ? dst.CopyFromSSEMatrixCenteredMaximum(narrow) : dst.CopyFromSSEMatrixCenteredMinimum(narrow);
-        EXPECT_EQ(dst.GetPoint(3, 3), 2.0f);
+        for (const CSSEMatrix* from : {&std::as_const(src), &narrow}) maximum ? dst.CopyFromSSEMatrixCenteredMaximum(*from) : dst.CopyFromSSEMatrixCenteredMinimum(*from);
+        ExpectLanes(dst, [&](int x, int y) {
+            const float here = x == 3 && y == 3 ? 8.0f : 3.0f;
+            const float there = x == 1 && y == 1 ? 1.0f : 5.0f;
+            return y >= 4 ? 3.0f : maximum ? std::max(here, there) : std::min(here, there);
+        });
         dst.CopyFromSSEMatrixCentered(narrow);
-        EXPECT_EQ(dst.GetPoint(3, 3), 0.0f);
+        ExpectLanes(dst, [](int, int) { return 0.0f; });
     }
 }
 
 TEST(CSSEMatrixCopy, CopyFromMatrixReadsRowsAndColumnsDifferentlyWithAndWithoutImage)
 {
-    // s[i][j] = 10 i + j + 0.1 over three rows of three values.
-    std::vector<std::vector<double>> values(3, std::vector<double>(3));
-    std::vector<double*> rows;
-    for (int i = 0; i < 3; ++i) {
-        for (int j = 0; j < 3; ++j) values[i][j] = 10.0 * i + j + 0.1;
-        rows.push_back(values[i].data());
-    }
-    const auto s = [](int i, int j) { return static_cast<float>(10.0 * i + j + 0.1); };
-
+    double values[3][3] = {{0.5, 1.5, 2.5}, {10.5, 11.5, 12.5}, {20.5, 21.5, 22.5}};
+    double* rows[3] = {values[0], values[1], values[2]};
     // With an image: a = 2 source rows of b = 3 columns, pixel (j, i) = s[i][j].
-    CSSEMatrix sized;
-    sized.Create(3, 2);
-    sized.CopyFromMatrix(rows.data(), 2, 3);
-    EXPECT_EQ(vek::test::AllStored(sized), (std::vector<float>{s(0, 0), s(0, 1), s(0, 2), s(1, 0), s(1, 1), s(1, 2), 0, 0, 0, 0, 0, 0}));
-
+    CSSEMatrix m = Filled(3, 2, 0.0f);
+    m.CopyFromMatrix(rows, 2, 3);
+    EXPECT_EQ(AllStored(m), (std::vector<float>{0.5f, 1.5f, 2.5f, 10.5f, 11.5f, 12.5f, 0, 0, 0, 0, 0, 0}));
     // Without: Create(b, a) = 3 x 2, then b = 3 source rows of a = 2 columns,
     // clamped, so source row 2 piles onto image row 1 and column 2 stays 0.
-    CSSEMatrix fresh;
-    fresh.CopyFromMatrix(rows.data(), 2, 3);
-    ASSERT_EQ(fresh.GetSizeX(), 3);
-    EXPECT_EQ(vek::test::AllStored(fresh), (std::vector<float>{s(0, 0), s(0, 1), 0, s(2, 0), s(2, 1), 0, 0, 0, 0, 0, 0, 0}));
-
-    fresh.CopyFromMatrix(nullptr, 3, 3);
-    EXPECT_EQ(fresh.GetPoint(0, 1), s(2, 0));
+    m.Reset();
+    m.CopyFromMatrix(rows, 2, 3);
+    EXPECT_EQ(AllStored(m), (std::vector<float>{0.5f, 1.5f, 0, 20.5f, 21.5f, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-// Every arithmetic and filter operation on fields too small for its loops,
-// on a field released but still reporting its size, and on one never
-// created: under the sanitizers this shows that none reaches outside its
-// storage.
+TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
+{
+    // 12 x 14: four lines hold image rows ((14 + 3) >> 2 pairs, not
+    // SSESizeY); a line without change keeps (0, 999999).
+    using Span = std::pair<int, int>;
+    const auto coords = [](const CImgFromToArray& spans, int y, int h, Span range = {0, 999999}) {
+        spans.GetFromToCoords(range.first, range.second, y, h);
+        return range;
+    };
+    CSSEMatrix m = Filled(12, 14, 0.0f);
+    for (int x = 4; x <= 7; ++x) m.SetPoint(x, 1, 1.0f); // line 0: a plateau
+    m.SetPoint(3, 4, 0.004f);                          // line 1: inside the band of 0.005, ...
+    m.SetPoint(6, 5, 0.005f);                          // ... and on it, which counts
+    m.SetPoint(10, 10, 2.0f);                          // line 2: a change that ends the forward scan ...
+    m.SetPoint(11, 10, 2.0f);                          // ... and none behind it for the backward scan
+    vek::test::Stored(m, 2, 15) = 7.0f;                // line 3: a padding lane counts too
+    CImgFromToArray& spans = m.GetFromToArray();
+    spans.CalcArray(m, 0, 11);
+    ASSERT_EQ(spans.GetNumEntries(), 4);
+    const std::vector<Span> found{coords(spans, 0, 1), coords(spans, 1, 1), coords(spans, 2, 1), coords(spans, 3, 1)};
+    EXPECT_EQ(found, (std::vector<Span>{{4, 8}, {6, 7}, {10, 999999}, {2, 3}}));
+    spans.CalcArray(m, 5, 40); // columns outside left ... right, clamped, are not looked at
+    EXPECT_EQ(coords(spans, 0, 1), Span(8, 999999));
+
+    // Six lines with the pairs (i + 1, 10 + i). With h = 1, GetFromToCoords
+    // takes y as a pair index (clamped) and IsPositionInArray as a row (5 is
+    // in line 1, (2, 11)); a row outside the field lies in no span.
+    m = Filled(20, 24, 0.0f);
+    for (int i = 0; i < 6; ++i)
+        for (int x = i + 1; x <= 9 + i; ++x) m.SetPoint(x, 4 * i, 1.0f);
+    spans.CalcArray(m, 0, 19);
+    EXPECT_EQ(coords(spans, 100, 1), Span(6, 15));
+    EXPECT_EQ(coords(spans, -4, 1), Span(1, 10));
+    EXPECT_EQ((std::vector<bool>{spans.IsPositionInArray(1, 5, 1), spans.IsPositionInArray(2, 5, 1), spans.IsPositionInArray(11, 5, 1),
+                                 spans.IsPositionInArray(12, 5, 1), spans.IsPositionInArray(8, 24, 1), spans.IsPositionInArray(8, -1, 1)}),
+              (std::vector<bool>{false, true, true, false, false, false}));
+    // y = 10, h = 4: lines 6 >> 2 = 1 up to, not including, 14 >> 2 = 3, with
+    // (2, 11) and (3, 12). Their union narrows the caller's range; a position
+    // must lie in each of them. No line at all: an empty range, and every
+    // position inside.
+    EXPECT_EQ(coords(spans, 10, 4), Span(2, 12));
+    EXPECT_EQ(coords(spans, 10, 4, Span(5, 8)), Span(5, 8));
+    EXPECT_EQ((std::vector<bool>{spans.IsPositionInArray(2, 10, 4), spans.IsPositionInArray(3, 10, 4), spans.IsPositionInArray(11, 10, 4),
+                                 spans.IsPositionInArray(12, 10, 4), spans.IsPositionInArray(7, -10, 2)}),
+              (std::vector<bool>{false, true, true, false, true}));
+    EXPECT_EQ(coords(spans, 5, 0), Span(999999, 0));
+    EXPECT_EQ(coords(CImgFromToArray(), 3, 1), Span(999999, 0));
+}
+
+// The operations with inner loops, on fields too small for them, released
+// but still reporting a size, or never created: under the sanitizers this
+// shows that none reaches outside its storage.
 TEST(CSSEMatrixSmallFields, OperationsStayInsideTheStorage)
 {
-    CSSEMatrix other;
-    other.Create(2, 3);
-    other.Fill(7.0f);
-    const std::vector<std::function<void(CSSEMatrix&)>> operations{
-        [](CSSEMatrix& m) { m.ReplaceLineAbove(0.5f, 2.0f, 3); },
-        [](CSSEMatrix& m) { m.TresholdBelow(0.5f, 2.0f, 1); },
-        [](CSSEMatrix& m) { m.EraseOtherValuePixels(1.0f, 0.1f); },
-        [&](CSSEMatrix& m) { m.EraseWithMatrixMax(&other, 3.0f); },
+    CSSEMatrix other = Filled(2, 3, 7.0f);
+    const std::function<void(CSSEMatrix&)> operations[] = {
         [&](CSSEMatrix& m) { m.EraseFrame(&other); },
-        [&](CSSEMatrix& m) { m.EraseFrameWithMask(&other); },
+        [&](CSSEMatrix& m) { m.EraseWithMatrixMax(&other, 3.0f); },
         [&](CSSEMatrix& m) { m.Stencil(other, 0.5f, 2.0f); },
-        [&](CSSEMatrix& m) { EXPECT_GE(m.NumValuesAbove(&other), 0); },
         [](CSSEMatrix& m) {
-            float max = 0.0f;
-            float min = 0.0f;
-            m.CalcMinMaxValuesExcludeZero(&max, &min);
-            m.CalcMaxValueOfPatch(&max, -5, 50, -5, 50);
+            float v[2];
             int box[4];
+            m.CalcMinMaxValuesExcludeZero(&v[0], &v[1]);
+            m.CalcMaxValueOfPatch(&v[0], -5, 50, -5, 50);
             m.CalcBoundingBox(box[0], box[1], box[2], box[3], 0.5f, false);
         },
         [](CSSEMatrix& m) { m.SimpleMaximumFilter(); },
-        [](CSSEMatrix& m) { m.SimpleMedianFilter(); },
         [&](CSSEMatrix& m) { m.BoxFilter(other, true); },
         [&](CSSEMatrix& m) { m.MaskFilter(other, m, true); },
         [](CSSEMatrix& m) { m.Chamfer(); },
@@ -369,17 +287,14 @@ TEST(CSSEMatrixSmallFields, OperationsStayInsideTheStorage)
         [](CSSEMatrix& m) { m.CalcDerivativeY(); },
         [&](CSSEMatrix& m) { CFilters::Median5x5(other, m, -3, 9, -3, 9); },
     };
-    for (std::size_t i = 0; i < operations.size(); ++i) {
-        SCOPED_TRACE(testing::Message() << "operation " << i);
+    for (const auto& operation : operations) {
         for (const auto& [sizeX, sizeY] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 1}, {1, 5}, {2, 9}}) {
-            CSSEMatrix m;
-            m.Create(sizeX, sizeY);
-            m.Fill(1.0f);
-            operations[i](m);
+            CSSEMatrix m = Filled(sizeX, sizeY, 1.0f);
+            operation(m);
             m.FreeImageMemoryOnly();
-            operations[i](m);
+            operation(m);
             CSSEMatrix never;
-            operations[i](never);
+            operation(never);
         }
     }
 }

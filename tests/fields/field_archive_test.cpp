@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <unistd.h>
+
+#include "fields/field_storage.h"
+#include "support/archive_bytes.h"
+#include "vekdll/fields/sse_char_matrix.h"
+#include "vekdll/fields/sse_matrix.h"
+
+namespace {
+
+using vek::test::AllStored;
+using vek::test::AppendBytes;
+using vek::test::FieldOf;
+using vek::test::SerializeFromBytes;
+using vek::test::SerializeToBytes;
+using vek::test::Tag;
+
+// A float field's archive by hand: the two sizes, then column by column all
+// storage rows of that column (tagged as FieldOf(sizeX, sizeY, Tag) holds
+// them), or else `zeroBytes` bytes of 0.
+std::vector<BYTE> Archive(int sizeX, int sizeY, bool tagged, std::size_t zeroBytes = 0)
+{
+    std::vector<BYTE> bytes;
+    AppendBytes(bytes, sizeX);
+    AppendBytes(bytes, sizeY);
+    for (int x = 0; tagged && x < sizeX; ++x)
+        for (int row = 0; row < 4 * ((sizeY >> 2) + 1); ++row) AppendBytes(bytes, Tag(x, row));
+    bytes.resize(bytes.size() + zeroBytes);
+    return bytes;
+}
+
+TEST(CSSEMatrixArchive, StoresSizesThenEachColumnLineByLineWithItsPadding)
+{
+    // 8 + SizeX * lines * 16 bytes; the last field has two blocks of lines
+    // and more columns than go in one transfer.
+    for (const auto& [sizeX, sizeY, size] : {std::tuple{5, 3, 88u}, {5, 4, 168u}, {2, 0, 40u}, {0, 7, 8u}, {17, 130, 8984u}}) {
+        CSSEMatrix m = FieldOf(sizeX, sizeY, Tag);
+        const std::vector<BYTE> bytes = SerializeToBytes(m);
+        ASSERT_EQ(bytes.size(), size);
+        EXPECT_EQ(bytes, Archive(sizeX, sizeY, true));
+        CSSEMatrix loaded = FieldOf(1, 1, Tag);
+        loaded.SetRowProcessed(9);
+        SerializeFromBytes(loaded, bytes);
+        EXPECT_EQ(AllStored(loaded), AllStored(m));
+        EXPECT_EQ(loaded.GetRowProcessed(), 9);
+    }
+    // A field without an image, whatever size it still reports, stores as 0 x 0.
+    CSSEMatrix released = FieldOf(5, 4, Tag);
+    released.FreeImageMemoryOnly();
+    EXPECT_EQ(SerializeToBytes(released), Archive(0, 0, false));
+}
+
+TEST(CSSEMatrixArchive, BadSizesTruncationsAndRandomBytesAreRefusedBeforeTheFieldChanges)
+{
+    // The cause of the CArchiveException, or -1 if the bytes loaded into a
+    // tagged 3 x 5 field; a refused archive leaves that field as it was.
+    const auto loadCause = [](const std::vector<BYTE>& bytes) {
+        CSSEMatrix m = FieldOf(3, 5, Tag);
+        try {
+            SerializeFromBytes(m, bytes);
+            return -1;
+        } catch (const CArchiveException& e) {
+            EXPECT_EQ(AllStored(m), AllStored(FieldOf(3, 5, Tag)));
+            return e.m_cause;
+        }
+    };
+    constexpr int kBadIndex = CArchiveException::badIndex;
+    EXPECT_EQ(loadCause(Archive(-1, 4, false, 64)), kBadIndex);
+    EXPECT_EQ(loadCause(Archive(4, -1, false, 64)), kBadIndex);
+    EXPECT_EQ(loadCause(Archive(1, CSSEMatrix::kMaxSizeY + 1, false, 1 << 17)), kBadIndex);
+    EXPECT_EQ(loadCause(Archive(5, 4, false, 159)), kBadIndex) << "one byte short";
+    EXPECT_EQ(loadCause(Archive(0x7FFFFFFF, CSSEMatrix::kMaxSizeY, false, 64)), kBadIndex);
+    const std::vector<BYTE> whole = Archive(5, 4, true);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const int expected = size < 8 ? CArchiveException::endOfFile : kBadIndex;
+        ASSERT_EQ(loadCause(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size))), expected) << size;
+    }
+    // Random bytes, with small sizes now and then so that some archives are
+    // whole: each loads or throws, and never reads past the stream.
+    std::mt19937 random(5);
+    int loaded = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        std::vector<BYTE> bytes(random() % 200);
+        for (BYTE& b : bytes) b = static_cast<BYTE>(random());
+        const int sizes[2] = {static_cast<int>(random() % 4), static_cast<int>(random() % 12)};
+        if (bytes.size() >= 8 && trial % 2 == 0) std::memcpy(bytes.data(), sizes, sizeof sizes);
+        loaded += loadCause(bytes) == -1 ? 1 : 0;
+    }
+    EXPECT_GT(loaded, 20);
+}
+
+TEST(CSSEMatrixArchive, StoreAndLoadReportOnlyFilesThatCannotBeOpened)
+{
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("vekdll_field_archive_" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    const auto path = [&](const char* name) { return (folder / name).string(); };
+    CSSEMatrix m = FieldOf(70, 300, Tag); // more than the archive's 4096-byte buffer
+    ASSERT_TRUE(m.Store(path("field.bin")));
+    EXPECT_EQ(std::filesystem::file_size(path("field.bin")), 8u + 70u * 76u * 16u);
+    CSSEMatrix loaded;
+    ASSERT_TRUE(loaded.Load(path("field.bin")));
+    EXPECT_EQ(AllStored(loaded), AllStored(m));
+
+    m = FieldOf(3, 5, Tag);
+    EXPECT_FALSE(m.Load(path("missing.bin")));
+    EXPECT_FALSE(m.Load(folder.string())) << "a folder";
+    EXPECT_FALSE(m.Store(path("no/such/folder/field.bin")));
+    const std::vector<BYTE> truncated = Archive(5, 4, true);
+    std::ofstream(path("truncated.bin"), std::ios::binary).write(reinterpret_cast<const char*>(truncated.data()), 100);
+    EXPECT_THROW(m.Load(path("truncated.bin")), CArchiveException);
+    EXPECT_EQ(AllStored(m), AllStored(FieldOf(3, 5, Tag)));
+    std::filesystem::remove_all(folder);
+}
+
+TEST(CSSEcharMatrixArchive, SizesThenPixelsRowByRowWithoutPadding)
+{
+    CSSEcharMatrix m(3, 2);
+    const int pixels[2][3] = {{1, 2, -3}, {4, 127, -128}};
+    vek::test::FillStorage(m, [&](int x, int row) { return row < 2 ? pixels[row][x] : 55; }); // padding is not stored
+    const std::vector<BYTE> expected{3, 0, 0, 0, 2, 0, 0, 0, 1, 2, 0xFD, 4, 0x7F, 0x80};
+    EXPECT_EQ(SerializeToBytes(m), expected);
+    // Loading the hand-built bytes gives the pixels, with clean padding.
+    CSSEcharMatrix loaded(9, 9);
+    SerializeFromBytes(loaded, expected);
+    std::vector<int> want{1, 2, -3, 4, 127, -128};
+    want.resize(3 * 16);
+    EXPECT_EQ(AllStored(loaded), want);
+    // A field without an image is stored as 0 x 0.
+    m.Free();
+    EXPECT_EQ(SerializeToBytes(m), (std::vector<BYTE>{0, 0, 0, 0, 0, 0, 0, 0}));
+
+    // Round trips of random pixels, over more than one block of lines too.
+    vek::CrtRandom random(3);
+    for (const auto& [sizeX, sizeY] : {std::pair{1, 16}, {5, 0}, {0, 7}, {33, 600}}) {
+        CSSEcharMatrix field(sizeX, sizeY);
+        for (int y = 0; y < sizeY; ++y)
+            for (int x = 0; x < sizeX; ++x) field.SetPoint(x, y, static_cast<char>(random.Next() & 0xFF));
+        const std::vector<BYTE> bytes = SerializeToBytes(field);
+        ASSERT_EQ(bytes.size(), 8u + static_cast<std::size_t>(sizeX * sizeY));
+        CSSEcharMatrix back;
+        SerializeFromBytes(back, bytes);
+        EXPECT_EQ(AllStored(back), AllStored(field)) << sizeX << " x " << sizeY;
+    }
+}
+
+TEST(CSSEcharMatrixArchive, DamagedArchivesThrowBeforeAllocating)
+{
+    CSSEcharMatrix m(4, 3);
+    const std::vector<BYTE> good = SerializeToBytes(m);
+    for (std::size_t length = 0; length < good.size(); ++length)
+        EXPECT_THROW(SerializeFromBytes(m, std::vector<BYTE>(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length))), CArchiveException) << length;
+
+    // Sizes the stream cannot hold are refused as such, however large.
+    for (const auto& [sizeX, sizeY] : {std::pair{-1, 2}, {2, -1}, {5, 5}, {2000000000, 2000000000}, {0x7FFFFFFF, 0}, {0, CSSEcharMatrix::kMaxSizeY + 1}}) {
+        std::vector<BYTE> bytes;
+        AppendBytes(bytes, sizeX);
+        AppendBytes(bytes, sizeY);
+        bytes.resize(8 + 16, 1);
+        CSSEcharMatrix loaded;
+        try {
+            SerializeFromBytes(loaded, bytes);
+            ADD_FAILURE() << sizeX << " x " << sizeY << " was loaded";
+        } catch (const CArchiveException& e) {
+            EXPECT_EQ(e.m_cause, CArchiveException::badIndex) << sizeX << " x " << sizeY;
+        }
+        EXPECT_EQ(loaded.GetMatrixDataDirectly(), nullptr);
+    }
+    // Random bytes either load a field that the stream could hold or throw
+    // an archive error.
+    vek::CrtRandom random(29);
+    for (int trial = 0; trial < 300; ++trial) {
+        std::vector<BYTE> bytes(static_cast<std::size_t>(random.Next() % 40));
+        for (BYTE& b : bytes) b = static_cast<BYTE>(random.Next());
+        const int sizes[2] = {random.Next() % 6, random.Next() % 6}; // small, so that some archives are whole
+        if (trial % 2 == 0 && bytes.size() >= 8) std::memcpy(bytes.data(), sizes, sizeof sizes);
+        CSSEcharMatrix loaded;
+        try {
+            SerializeFromBytes(loaded, bytes);
+            ASSERT_LE(8u + static_cast<std::size_t>(loaded.GetSizeX()) * static_cast<std::size_t>(loaded.GetSizeY()), bytes.size());
+        } catch (const CArchiveException&) {
+        }
+    }
+}
+
+} // namespace

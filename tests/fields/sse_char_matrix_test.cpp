@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "fields/field_storage.h"
+#include "support/unowned_alias.h"
+#include "vekdll/fields/sse_char_matrix.h"
+#include "vekdll/fields/sse_matrix.h"
+
+namespace {
+
+using vek::test::AllStored;
+using vek::test::ByteTag;
+using vek::test::FillRandomBytes;
+using vek::test::FillStorage;
+using vek::test::StorageRows;
+using vek::test::Stored;
+
+// A byte field whose every byte, padding included, is value(x, storage row).
+template <class Value>
+CSSEcharMatrix BytesOf(int sizeX, int sizeY, Value value)
+{
+    CSSEcharMatrix m(sizeX, sizeY);
+    FillStorage(m, value);
+    return m;
+}
+
+// A field whose pixel (x, y) is base + 10 y + x, padding 0.
+CSSEcharMatrix Numbered(int sizeX, int sizeY, int base)
+{
+    return BytesOf(sizeX, sizeY, [&](int x, int y) { return y < sizeY ? base + 10 * y + x : 0; });
+}
+
+TEST(CSSEcharMatrixStorage, SixteenRowsToALineInBlocksOf32Lines)
+{
+    // No rows: one line of padding; a multiple of 16: a whole line of
+    // padding; 32 lines fit one block, the 33rd opens a second.
+    for (const auto& [sizeX, sizeY, lines, blocks] : {std::tuple{3, 0, 1, 1}, {3, 16, 2, 1}, {2, 511, 32, 1}, {2, 512, 33, 2}, {1, CSSEcharMatrix::kMaxSizeY, 8000, 250}}) {
+        CSSEcharMatrix m(sizeX, sizeY);
+        ASSERT_EQ(m.GetSSESizeY(), lines) << sizeY;
+        ASSERT_EQ(m.GetFields(), blocks) << sizeY;
+        // Every byte starts at 0, and all of them lie inside the blocks
+        // (AddressSanitizer checks).
+        EXPECT_EQ(AllStored(m), std::vector<int>(static_cast<std::size_t>(16 * lines * sizeX), 0)) << sizeY;
+        m.Clear(0x1FF); // the low byte, -1
+        EXPECT_EQ(AllStored(m), std::vector<int>(static_cast<std::size_t>(16 * lines * sizeX), -1)) << sizeY;
+    }
+}
+
+TEST(CSSEcharMatrixStorage, PixelsAreClampedAndTheImageIsCopiedDeeplySharedOrMoved)
+{
+    CSSEcharMatrix m(5, 20);
+    m.SetPoint(2, 17, 'q');
+    EXPECT_EQ(reinterpret_cast<char*>(m.GetMatrixDataDirectly()[1] + 2)[1], 'q'); // byte 1 of vector 2 of line 1
+    FillStorage(m, ByteTag);
+    EXPECT_EQ(m.GetPoint(-5, 1000), ByteTag(0, 19)); // rows 20 ... 31 are padding, never reached
+    std::vector<int> expected = AllStored(m);
+    for (int x = 0; x < 5; ++x) expected[19 * 5 + x] = -56;
+    m.ClearRow(40, 200); // one byte per column of the clamped row
+    EXPECT_THROW(m.Create(-1, 5), CInvalidArgException);
+    EXPECT_THROW(m.Create(1, CSSEcharMatrix::kMaxSizeY + 1), CInvalidArgException);
+    EXPECT_EQ(AllStored(m), expected) << "refused before anything changed";
+
+    // The copy constructor is deep; assignment shares the image (the alias is
+    // never destroyed, so only m releases it); a move hands it over.
+    const CSSEcharMatrix copy(m);
+    vek::test::UnownedAlias<CSSEcharMatrix> shared;
+    *shared = m;
+    shared->SetPoint(3, 19, 42);
+    EXPECT_EQ(AllStored(copy), expected);
+    CSSEcharMatrix target(4, 4);
+    target = std::move(m);
+    CSSEcharMatrix moved(std::move(target));
+    EXPECT_EQ(moved.GetPoint(3, 19), 42);
+    moved.Free();
+    EXPECT_EQ(moved.GetSizeX(), 5) << "releasing keeps the sizes";
+}
+
+TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictlyBeyond)
+{
+    CSSEcharMatrix src = BytesOf(9, 21, ByteTag);
+    CSSEcharMatrix part(2, 2);
+    part.CopyFromOtherMatrix(src);
+    EXPECT_EQ(AllStored(part), AllStored(src)); // padding included
+    // Columns as whole vectors, the padding bytes along, both ends clamped;
+    // reversed ends give no columns; a field may be narrowed to itself.
+    part.CopyFromOtherMatrixLimitedX(src, 7, 50);
+    EXPECT_EQ(AllStored(part), AllStored(BytesOf(2, 21, [](int x, int row) { return ByteTag(x + 7, row); })));
+    part.CopyFromOtherMatrixLimitedX(src, 6, 2);
+    EXPECT_EQ(part.GetSizeX(), 0);
+    src.CopyFromOtherMatrixLimitedX(src, -4, 0);
+    EXPECT_EQ(AllStored(src), AllStored(BytesOf(1, 21, ByteTag)));
+
+    // 3 x 37: ten float lines, three byte lines of which 11 bytes are
+    // padding, which stays 0 whatever the float padding holds. The threshold
+    // itself (at (0, 16)) and NaN are neither above nor below.
+    const auto height = [](int x, int row) { return static_cast<float>((x * 13 + row * 7) % 20) - 10.0f; };
+    CSSEMatrix floats = vek::test::FieldOf(3, 37, height);
+    floats.SetPoint(1, 36, std::numeric_limits<float>::quiet_NaN());
+    CSSEcharMatrix above;
+    above.CopyAndTresholdAbove(floats, 2.0f, -7);
+    CSSEcharMatrix below;
+    below.CopyAndTresholdBelow(floats, 2.0f, 5);
+    const auto image = [](int x, int row) { return row < 37 && !(x == 1 && row == 36); };
+    EXPECT_EQ(AllStored(above), AllStored(BytesOf(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) > 2.0f ? -7 : 0; })));
+    EXPECT_EQ(AllStored(below), AllStored(BytesOf(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) < 2.0f ? 5 : 0; })));
+}
+
+TEST(CSSEcharMatrixCombine, SubtractionWrapsAndNewColumnsOrAFrameSurroundTheImage)
+{
+    // Byte by byte, wrapping, over the common width and lines: -128 - 1 is 127.
+    CSSEcharMatrix a = BytesOf(5, 40, [](int x, int row) { return x == 0 && row == 0 ? -128 : 100 + x + row % 20; });
+    const CSSEcharMatrix b = BytesOf(3, 10, [](int x, int row) { return x == 0 && row == 0 ? 1 : -50 + row; });
+    const CSSEcharMatrix before(a);
+    a.SubMatrix(b);
+    for (int row = 0; row < 48; ++row) {
+        for (int x = 0; x < 5; ++x) {
+            const int old = Stored(before, x, row);
+            ASSERT_EQ(Stored(a, x, row), x < 3 && row < 16 ? static_cast<signed char>(old - Stored(b, x, row)) : old) << x << ", " << row;
+        }
+    }
+    EXPECT_EQ(a.GetPoint(0, 0), 127);
+
+    // Every byte of new columns, padding included, is pixel (0, 0) on the
+    // left and the last pixel of row 0 on the right.
+    CSSEcharMatrix m = BytesOf(3, 18, ByteTag);
+    m.ElongateLeft(2);
+    m.ElongateRight(3);
+    m.ElongateRight(-4);
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(8, 18, [](int x, int row) { return x < 2 ? ByteTag(0, 0) : x < 5 ? ByteTag(x - 2, row) : ByteTag(2, 0); })));
+    m = Numbered(3, 4, 0);
+    m.EmbedinValueFrame(2, 1, 9);
+    m.EmbedinValueFrame(-1, 2, 9);
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(5, 8, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 5 ? 10 * (row - 2) + x - 1 : 9; })));
+}
+
+TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
+{
+    // Over the smallest width; c's rows beyond b's height are left out, and a
+    // lower c repeats its last row.
+    const CSSEcharMatrix a = Numbered(4, 5, 0);
+    const CSSEcharMatrix b = Numbered(5, 4, 50);
+    const CSSEcharMatrix tallC = Numbered(6, 10, -120);
+    const CSSEcharMatrix lowC = Numbered(4, 2, -120);
+    CSSEcharMatrix m;
+    m.CombineYDir(a, b, &tallC);
+    const auto rows = [&](int y) { return y < 5 ? 10 * y : y < 9 ? 50 + 10 * (y - 5) : y < 13 ? -120 + 10 * (y - 9) : 0; };
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, 19, [&](int x, int y) { return y < 13 ? rows(y) + x : 0; })));
+    m.CombineYDir(a, b, &lowC);
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, 11, [&](int x, int y) { return y < 11 ? rows(y) + x : 0; })));
+    // Without c; a may be this field.
+    m.CopyFromOtherMatrix(a);
+    m.CombineYDir(m, Numbered(3, 7, 60), nullptr);
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 12, [](int x, int y) { return y < 5 ? 10 * y + x : y < 12 ? 60 + 10 * (y - 5) + x : 0; })));
+
+    // The fast form stacks whole lines over the larger width: the padding
+    // bytes of a stay between the two, missing columns stay 0.
+    CSSEcharMatrix tall = BytesOf(3, 20, ByteTag); // two lines, 12 padding bytes
+    CSSEcharMatrix one = BytesOf(2, 5, [](int x, int row) { return -ByteTag(x, row); });
+    m.CombineYDirFast(tall, one);
+    EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 48, [](int x, int row) { return row < 32 ? ByteTag(x, row) : row < 48 && x < 2 ? -ByteTag(x, row - 32) : 0; })));
+}
+
+TEST(CSSEcharMatrixCombine, InterpolationReadsTheBilinearMeanTruncatedTowardZero)
+{
+    CSSEcharMatrix m = BytesOf(2, 2, [](int x, int y) { return y == 0 ? (x == 0 ? 8 : 100) : (x == 0 ? -101 : 20); });
+    m.InterpolateUp(4, 4); // steps of one half
+    m.InterpolateUp(0, 5);
+    // (8 + 100) / 2; -46.5; 27 / 4; the far neighbours clamp to the rim.
+    const std::vector<int> expected{m.GetPoint(0, 0), m.GetPoint(1, 0), m.GetPoint(0, 1), m.GetPoint(1, 1), m.GetPoint(2, 1), m.GetPoint(3, 3)};
+    EXPECT_EQ(expected, (std::vector<int>{8, 54, -46, 6, 60, 20}));
+    EXPECT_EQ(Stored(m, 1, 10), 8) << "padding holds pixel (0, 0)";
+}
+
+TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAreCounted)
+{
+    const CSSEcharMatrix m = BytesOf(4, 20, [](int x, int row) { return x == 3 ? (row == 0 ? -33 : 0) : 30 * x + row; }); // two lines, divisor 32
+    for (const int offset : {0, 40, -300}) {
+        for (const int maxRow : {2000000000, 31, 16, 15, -1}) {
+            const t_intvector profile = m.GetIntegralVectorFromMatrix(offset, maxRow);
+            const std::unique_ptr<int[]> owned(profile.Data);
+            std::vector<int> want;
+            for (int x = 0; x < 4; ++x) {
+                int sum = 0;
+                for (int row = 0; row < 16 * std::clamp(maxRow >> 4, 0, 2); ++row) sum += static_cast<signed char>((Stored(m, x, row) + offset) & 0xFF);
+                want.push_back(sum / 32); // -33 / 32 is -1: truncation
+            }
+            EXPECT_EQ(std::vector<int>(profile.Data, profile.Data + profile.Length), want) << "offset " << offset << ", maxRow " << maxRow;
+        }
+    }
+
+    // A field of one line whose every byte in column x is the profile's value.
+    const auto syllables = [](int length, std::initializer_list<std::pair<int, int>> humps, int ground, int top) {
+        return BytesOf(length, 15, [&](int x, int) {
+                   for (const auto& [from, to] : humps)
+                       if (x >= from && x <= to) return top;
+                   return ground;
+               }).CalcNumSyllables();
+    };
+    EXPECT_EQ(syllables(60, {{10, 17}, {25, 32}, {40, 47}}, 40, 120), 3);
+    EXPECT_EQ(syllables(60, {{10, 17}, {40, 47}}, -80, 100), 2); // the profile runs from -120 to 60
+    EXPECT_EQ(syllables(60, {{15, 29}, {30, 59}}, 40, 80), 1);   // a staircase rises twice without a fall
+    EXPECT_EQ(syllables(40, {}, 90, 90), 0);
+    EXPECT_EQ(syllables(8, {{3, 4}}, 40, 120), 0);  // no room between the margins
+    EXPECT_EQ(syllables(30, {{0, 2}}, 40, 120), 0); // a hump in the margin
+}
+
+TEST(CSSEcharMatrixTime, DifferencesAndSpreadAlongXEqualAPlainByteWiseComputation)
+{
+    // By hand: 120 + (11 - (-9)) saturates at 127. The spread of 10, 0, 0,
+    // 0, 0 (mean 2) is sqrt(5 x 64) = 17.9, so 17 - 63; the extremes clamp
+    // at 63; a flat run gives -63; the two outer columns on each side are 0.
+    CSSEcharMatrix pd = BytesOf(6, 3, [](int x, int) { return x; });
+    pd.SetPoint(1, 1, -9);
+    pd.SetPoint(2, 1, 120);
+    pd.SetPoint(3, 1, 11);
+    pd.CalcPDResult();
+    EXPECT_EQ(pd.GetPoint(2, 1), 127);
+    const int rows[2][7] = {{10, 0, 0, 0, 0, 0, 0}, {-128, 127, 127, 127, 127, -5, 3}};
+    CSSEcharMatrix spread;
+    spread.CalcTimeVariance(BytesOf(7, 2, [&](int x, int y) { return y < 2 ? rows[y][x] : 0; }));
+    EXPECT_EQ((std::vector<int>{spread.GetPoint(2, 0), spread.GetPoint(3, 0), spread.GetPoint(2, 1), spread.GetPoint(1, 1), spread.GetPoint(5, 1)}),
+              (std::vector<int>{17 - 63, -63, 63, 0, 0}));
+
+    // Random bytes, padding included, from the untouched neighbours: the
+    // difference wraps and the sum saturates in CalcPDResult, the derivative
+    // saturates; the spread is measured into the same field.
+    vek::CrtRandom random(11);
+    for (const int width : {1, 2, 3, 17, 40}) {
+        CSSEcharMatrix original(width, 40);
+        FillRandomBytes(original, random);
+        CSSEcharMatrix results[3] = {original, original, original};
+        results[0].CalcPDResult();
+        results[1].CalcDerivative();
+        results[2].CalcTimeVariance(results[2]);
+        for (int row = 0; row < StorageRows(original); ++row) {
+            for (int x = 0; x < width; ++x) {
+                const auto at = [&](int dx) { return static_cast<int>(Stored(original, x + dx, row)); };
+                const bool inner = x >= 1 && x <= width - 2;
+                const int difference = inner ? at(1) - at(-1) : 0;
+                int spreadWant = 0;
+                if (x >= 2 && x <= width - 3) {
+                    const int deviation = at(-2) - (at(-2) + at(-1) + at(0) + at(1) + at(2)) / 5;
+                    spreadWant = std::clamp(static_cast<int>(std::sqrt(static_cast<float>(deviation * deviation * 5))) - 63, -63, 63);
+                }
+                const int want[3] = {inner ? std::clamp(at(0) + static_cast<signed char>(difference & 0xFF), -128, 127) : at(0), std::clamp(difference, -128, 127), spreadWant};
+                for (int k = 0; k < 3; ++k) ASSERT_EQ(Stored(results[k], x, row), want[k]) << "operation " << k << ", width " << width << ": " << x << ", " << row;
+            }
+        }
+    }
+}
+
+} // namespace
