@@ -38,6 +38,21 @@ std::vector<BYTE> Archive(int sizeX, int sizeY, bool tagged, std::size_t zeroByt
     return bytes;
 }
 
+// Random archives of fewer than maxSize bytes; in every second one the sizes
+// in front are small (below maxX and maxY), so that some archives are whole.
+template <class Load>
+void ForRandomArchives(std::size_t maxSize, int maxX, int maxY, Load load)
+{
+    std::mt19937 random(5);
+    for (int trial = 0; trial < 400; ++trial) {
+        std::vector<BYTE> bytes(random() % maxSize);
+        for (BYTE& b : bytes) b = static_cast<BYTE>(random());
+        const int sizes[2] = {static_cast<int>(random() % maxX), static_cast<int>(random() % maxY)};
+        if (bytes.size() >= 8 && trial % 2 == 0) std::memcpy(bytes.data(), sizes, sizeof sizes);
+        load(bytes);
+    }
+}
+
 TEST(CSSEMatrixArchive, StoresSizesThenEachColumnLineByLineWithItsPadding)
 {
     // 8 + SizeX * lines * 16 bytes; the last field has two blocks of lines
@@ -84,17 +99,8 @@ TEST(CSSEMatrixArchive, BadSizesTruncationsAndRandomBytesAreRefusedBeforeTheFiel
         const int expected = size < 8 ? CArchiveException::endOfFile : kBadIndex;
         ASSERT_EQ(loadCause(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size))), expected) << size;
     }
-    // Random bytes, with small sizes now and then so that some archives are
-    // whole: each loads or throws, and never reads past the stream.
-    std::mt19937 random(5);
     int loaded = 0;
-    for (int trial = 0; trial < 400; ++trial) {
-        std::vector<BYTE> bytes(random() % 200);
-        for (BYTE& b : bytes) b = static_cast<BYTE>(random());
-        const int sizes[2] = {static_cast<int>(random() % 4), static_cast<int>(random() % 12)};
-        if (bytes.size() >= 8 && trial % 2 == 0) std::memcpy(bytes.data(), sizes, sizeof sizes);
-        loaded += loadCause(bytes) == -1 ? 1 : 0;
-    }
+    ForRandomArchives(200, 4, 12, [&](const std::vector<BYTE>& bytes) { loaded += loadCause(bytes) == -1 ? 1 : 0; });
     EXPECT_GT(loaded, 20);
 }
 
@@ -138,12 +144,9 @@ TEST(CSSEcharMatrixArchive, SizesThenPixelsRowByRowWithoutPadding)
     m.Free();
     EXPECT_EQ(SerializeToBytes(m), (std::vector<BYTE>{0, 0, 0, 0, 0, 0, 0, 0}));
 
-    // Round trips of random pixels, over more than one block of lines too.
-    vek::CrtRandom random(3);
-    for (const auto& [sizeX, sizeY] : {std::pair{1, 16}, {5, 0}, {0, 7}, {33, 600}}) {
-        CSSEcharMatrix field(sizeX, sizeY);
-        for (int y = 0; y < sizeY; ++y)
-            for (int x = 0; x < sizeX; ++x) field.SetPoint(x, y, static_cast<char>(random.Next() & 0xFF));
+    // Round trips, over more than one block of lines too.
+    for (const auto& [sizeX, sizeY] : {std::pair{5, 0}, {0, 7}, {33, 600}}) {
+        CSSEcharMatrix field = vek::test::FieldOf<CSSEcharMatrix>(sizeX, sizeY, [h = sizeY](int x, int row) { return row < h ? vek::test::ByteTag(x, row) : 0; });
         const std::vector<BYTE> bytes = SerializeToBytes(field);
         ASSERT_EQ(bytes.size(), 8u + static_cast<std::size_t>(sizeX * sizeY));
         CSSEcharMatrix back;
@@ -161,34 +164,23 @@ TEST(CSSEcharMatrixArchive, DamagedArchivesThrowBeforeAllocating)
 
     // Sizes the stream cannot hold are refused as such, however large.
     for (const auto& [sizeX, sizeY] : {std::pair{-1, 2}, {2, -1}, {5, 5}, {2000000000, 2000000000}, {0x7FFFFFFF, 0}, {0, CSSEcharMatrix::kMaxSizeY + 1}}) {
-        std::vector<BYTE> bytes;
-        AppendBytes(bytes, sizeX);
-        AppendBytes(bytes, sizeY);
-        bytes.resize(8 + 16, 1);
         CSSEcharMatrix loaded;
         try {
-            SerializeFromBytes(loaded, bytes);
+            SerializeFromBytes(loaded, Archive(sizeX, sizeY, false, 16));
             ADD_FAILURE() << sizeX << " x " << sizeY << " was loaded";
         } catch (const CArchiveException& e) {
             EXPECT_EQ(e.m_cause, CArchiveException::badIndex) << sizeX << " x " << sizeY;
         }
         EXPECT_EQ(loaded.GetMatrixDataDirectly(), nullptr);
     }
-    // Random bytes either load a field that the stream could hold or throw
-    // an archive error.
-    vek::CrtRandom random(29);
-    for (int trial = 0; trial < 300; ++trial) {
-        std::vector<BYTE> bytes(static_cast<std::size_t>(random.Next() % 40));
-        for (BYTE& b : bytes) b = static_cast<BYTE>(random.Next());
-        const int sizes[2] = {random.Next() % 6, random.Next() % 6}; // small, so that some archives are whole
-        if (trial % 2 == 0 && bytes.size() >= 8) std::memcpy(bytes.data(), sizes, sizeof sizes);
+    ForRandomArchives(40, 6, 6, [](const std::vector<BYTE>& bytes) {
         CSSEcharMatrix loaded;
         try {
             SerializeFromBytes(loaded, bytes);
             ASSERT_LE(8u + static_cast<std::size_t>(loaded.GetSizeX()) * static_cast<std::size_t>(loaded.GetSizeY()), bytes.size());
         } catch (const CArchiveException&) {
         }
-    }
+    });
 }
 
 } // namespace

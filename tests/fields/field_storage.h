@@ -3,9 +3,7 @@
 // The fields read and written by their storage layout, not through their own
 // pixel functions. A float field holds four rows to a line (pixel (x, y) is
 // lane y & 3 of vector x of line y >> 2), a byte field sixteen (byte y & 15).
-// A storage row is an image row or, from SizeY on, a padding row. Beside
-// that: small float fields drawn as text, and a bit-exact comparison of every
-// lane with an expectation.
+// A storage row is an image row or, from SizeY on, a padding row.
 
 #include <gtest/gtest.h>
 
@@ -20,8 +18,7 @@
 
 namespace vek::test {
 
-template <class Field> struct Storage;
-template <> struct Storage<CSSEMatrix> {
+template <class Field> struct Storage {
     using Cell = float;
     static constexpr int kRowsPerLine = 4;
 };
@@ -40,8 +37,7 @@ template <class Field>
 typename Storage<Field>::Cell& Stored(const Field& m, int x, int row)
 {
     constexpr int k = Storage<Field>::kRowsPerLine;
-    auto* line = reinterpret_cast<typename Storage<Field>::Cell*>(m.GetMatrixDataDirectly()[row / k]);
-    return line[k * x + row % k];
+    return reinterpret_cast<typename Storage<Field>::Cell*>(m.GetMatrixDataDirectly()[row / k])[k * x + row % k];
 }
 
 // Writes value(x, row) into every cell, padding included.
@@ -74,12 +70,11 @@ inline int ByteTag(int x, int row)
     return (7 * x + 3 * row) % 251 - 125;
 }
 
-// A float field of sizeX x sizeY whose every lane, padding included, is
-// value(x, storage row), or the constant v.
-template <class Value>
-CSSEMatrix FieldOf(int sizeX, int sizeY, Value value)
+// A field of sizeX x sizeY whose every cell is value(x, storage row).
+template <class Field = CSSEMatrix, class Value>
+Field FieldOf(int sizeX, int sizeY, Value value)
 {
-    CSSEMatrix m;
+    Field m;
     m.Create(sizeX, sizeY);
     FillStorage(m, value);
     return m;
@@ -88,44 +83,30 @@ inline CSSEMatrix Filled(int sizeX, int sizeY, float v)
 {
     return FieldOf(sizeX, sizeY, [v](int, int) { return v; });
 }
-
 inline void FillRandomBytes(CSSEcharMatrix& m, CrtRandom& random)
 {
     FillStorage(m, [&](int, int) { return (random.Next() & 0xFF) - 128; });
 }
 
-// A float field drawn as rows of text: '.' is 0, a digit d is d, '-' is -1.
+// A float field drawn as rows of text, and back: '.' is 0, a digit d is d,
+// '-' is -1; a value that is not 0 below 1 reads as '0'.
 inline CSSEMatrix FromRows(const std::vector<std::string>& rows)
 {
-    CSSEMatrix m;
-    m.Create(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()));
-    for (int y = 0; y < m.GetSizeY(); ++y) {
-        for (int x = 0; x < m.GetSizeX(); ++x) {
-            const char c = rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
-            m.SetPoint(x, y, c == '.' ? 0.0f : c == '-' ? -1.0f : static_cast<float>(c - '0'));
-        }
-    }
-    return m;
+    const auto at = [&](int x, int y) { return rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)]; };
+    return FieldOf(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()), [&](int x, int y) {
+        return y >= static_cast<int>(rows.size()) ? 0.0f : at(x, y) == '.' ? 0.0f : at(x, y) == '-' ? -1.0f : static_cast<float>(at(x, y) - '0');
+    });
 }
-
-// The pixels as text again; a value that is not 0 below 1 reads as '0'.
 inline std::vector<std::string> RowsOf(const CSSEMatrix& m)
 {
-    std::vector<std::string> rows;
+    std::vector<std::string> rows(static_cast<std::size_t>(m.GetSizeY()));
     for (int y = 0; y < m.GetSizeY(); ++y) {
-        std::string row;
         for (int x = 0; x < m.GetSizeX(); ++x) {
             const float p = m.GetPoint(x, y);
-            row += p == 0.0f ? '.' : p == -1.0f ? '-' : static_cast<char>('0' + static_cast<int>(p));
+            rows[static_cast<std::size_t>(y)] += p == 0.0f ? '.' : p == -1.0f ? '-' : static_cast<char>('0' + static_cast<int>(p));
         }
-        rows.push_back(row);
     }
     return rows;
-}
-
-inline std::uint32_t Bits(float v)
-{
-    return std::bit_cast<std::uint32_t>(v);
 }
 
 // Expects every lane of `after` to be expected(x, storage row), bit for bit.
@@ -137,7 +118,8 @@ void ExpectLanes(const CSSEMatrix& after, Expected expected)
         for (int x = 0; x < after.GetSSESizeX(); ++x) {
             const float want = expected(x, row);
             const float got = Stored(after, x, row);
-            if (Bits(got) != Bits(want) && ++mismatches <= 5) ADD_FAILURE() << "lane (" << x << ", " << row << "): got " << got << ", want " << want;
+            if (std::bit_cast<std::uint32_t>(got) != std::bit_cast<std::uint32_t>(want) && ++mismatches <= 5)
+                ADD_FAILURE() << "lane (" << x << ", " << row << "): got " << got << ", want " << want;
         }
     }
 }

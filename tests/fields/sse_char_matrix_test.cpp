@@ -22,13 +22,10 @@ using vek::test::FillStorage;
 using vek::test::StorageRows;
 using vek::test::Stored;
 
-// A byte field whose every byte, padding included, is value(x, storage row).
 template <class Value>
 CSSEcharMatrix BytesOf(int sizeX, int sizeY, Value value)
 {
-    CSSEcharMatrix m(sizeX, sizeY);
-    FillStorage(m, value);
-    return m;
+    return vek::test::FieldOf<CSSEcharMatrix>(sizeX, sizeY, value);
 }
 
 // A field whose pixel (x, y) is base + 10 y + x, padding 0.
@@ -195,38 +192,38 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
         }
     }
 
-    // A field of one line whose every byte in column x is the profile's value.
-    const auto syllables = [](int length, std::initializer_list<std::pair<int, int>> humps, int ground, int top) {
+    // One line whose every byte in column x is the profile's value + 40.
+    // Below a fifth of the way up from the lowest value is ground: with a
+    // profile from -128 to 87 that is -85, so a hump of -75 stands 10 above
+    // it.
+    const auto syllables = [](int length, std::initializer_list<std::tuple<int, int, int>> humps, int ground) {
         return BytesOf(length, 15, [&](int x, int) {
-                   for (const auto& [from, to] : humps)
+                   for (const auto& [from, to, top] : humps)
                        if (x >= from && x <= to) return top;
                    return ground;
                }).CalcNumSyllables();
     };
-    EXPECT_EQ(syllables(60, {{10, 17}, {25, 32}, {40, 47}}, 40, 120), 3);
-    EXPECT_EQ(syllables(60, {{10, 17}, {40, 47}}, -80, 100), 2); // the profile runs from -120 to 60
-    EXPECT_EQ(syllables(60, {{15, 29}, {30, 59}}, 40, 80), 1);   // a staircase rises twice without a fall
-    EXPECT_EQ(syllables(40, {}, 90, 90), 0);
-    EXPECT_EQ(syllables(8, {{3, 4}}, 40, 120), 0);  // no room between the margins
-    EXPECT_EQ(syllables(30, {{0, 2}}, 40, 120), 0); // a hump in the margin
+    EXPECT_EQ(syllables(60, {{10, 17, 120}, {25, 32, 120}, {40, 47, 120}}, 40), 3);
+    EXPECT_EQ(syllables(60, {{10, 17, -35}, {30, 37, 127}}, -88), 2);
+    EXPECT_EQ(syllables(60, {{15, 29, 60}, {30, 59, 80}}, 40), 1); // a staircase rises twice without a fall
+    EXPECT_EQ(syllables(40, {}, 90), 0);
+    EXPECT_EQ(syllables(8, {{3, 4, 120}}, 40), 0);  // no room between the margins
+    EXPECT_EQ(syllables(30, {{0, 2, 120}}, 40), 0); // a hump in the margin
 }
 
 TEST(CSSEcharMatrixTime, DifferencesAndSpreadAlongXEqualAPlainByteWiseComputation)
 {
     // By hand: 120 + (11 - (-9)) saturates at 127. The spread of 10, 0, 0,
-    // 0, 0 (mean 2) is sqrt(5 x 64) = 17.9, so 17 - 63; the extremes clamp
-    // at 63; a flat run gives -63; the two outer columns on each side are 0.
-    CSSEcharMatrix pd = BytesOf(6, 3, [](int x, int) { return x; });
-    pd.SetPoint(1, 1, -9);
-    pd.SetPoint(2, 1, 120);
-    pd.SetPoint(3, 1, 11);
-    pd.CalcPDResult();
-    EXPECT_EQ(pd.GetPoint(2, 1), 127);
-    const int rows[2][7] = {{10, 0, 0, 0, 0, 0, 0}, {-128, 127, 127, 127, 127, -5, 3}};
+    // 0, 0 (mean 2) is sqrt(5 x 64) = 17.9, so 17 - 63; of five 0 it is -63;
+    // of -128, -9, 120, 11, 127 (mean 24) sqrt(5 x 152^2) - 63 clamps at 63;
+    // the two outer columns on each side are 0.
+    const int rows[2][7] = {{10, 0, 0, 0, 0, 0, 0}, {-128, -9, 120, 11, 127, -5, 127}};
+    CSSEcharMatrix pd = BytesOf(7, 2, [&](int x, int y) { return rows[std::min(y, 1)][x]; });
     CSSEcharMatrix spread;
-    spread.CalcTimeVariance(BytesOf(7, 2, [&](int x, int y) { return y < 2 ? rows[y][x] : 0; }));
-    EXPECT_EQ((std::vector<int>{spread.GetPoint(2, 0), spread.GetPoint(3, 0), spread.GetPoint(2, 1), spread.GetPoint(1, 1), spread.GetPoint(5, 1)}),
-              (std::vector<int>{17 - 63, -63, 63, 0, 0}));
+    spread.CalcTimeVariance(pd);
+    pd.CalcPDResult();
+    EXPECT_EQ((std::vector<int>{pd.GetPoint(2, 1), spread.GetPoint(2, 0), spread.GetPoint(3, 0), spread.GetPoint(2, 1), spread.GetPoint(1, 1), spread.GetPoint(5, 1)}),
+              (std::vector<int>{127, 17 - 63, -63, 63, 0, 0}));
 
     // Random bytes, padding included, from the untouched neighbours: the
     // difference wraps and the sum saturates in CalcPDResult, the derivative

@@ -201,7 +201,7 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     // padding lanes included; ExcludeZero skips -0.002 < p < 0.002.
     std::mt19937 random(77);
     std::uniform_real_distribution<float> value(-10.0f, 10.0f);
-    CSSEMatrix m = vek::test::FieldOf(23, 70, [&](int, int) { return random() % 4 == 0 ? 0.0019f : value(random); });
+    CSSEMatrix m = vek::test::FieldOf(23, 70, [&](int x, int row) { return x < 3 || x >= 20 || row < 4 || row >= 68 ? (row % 2 == 0 ? 99.0f : -99.0f) : random() % 4 == 0 ? 0.0019f : value(random); });
     float want[4] = {kMaxSentinel, kMinSentinel, kMaxSentinel, kMinSentinel};
     for (int row = 4; row < 4 * (m.GetSSESizeY() - 1); ++row) {
         for (int x = 3; x < 20; ++x) {
@@ -217,10 +217,14 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     m.CalcMinMaxValues(&got[0], &got[1]);
     m.CalcMinMaxValuesExcludeZero(&got[2], &got[3]);
     EXPECT_EQ(std::vector<float>(got, got + 4), std::vector<float>(want, want + 4));
-    m = Filled(6, 100, 3.0f); // narrower than 7 vectors: nothing searched
-    m.CalcMinMaxValues(&got[0], &got[1]);
-    EXPECT_EQ(got[0], kMaxSentinel);
-    EXPECT_EQ(got[1], kMinSentinel);
+    m = Filled(7, 12, 0.0019f); // searched: column 3 of rows 4 to 11
+    m.SetPoint(3, 5, -0.0019f);
+    m.CalcMinMaxValuesExcludeZero(&got[0], &got[1]);
+    EXPECT_EQ(std::vector<float>(got, got + 2), (std::vector<float>{kMaxSentinel, kMinSentinel}));
+    m.SetPoint(3, 6, 0.004f);
+    m.SetPoint(3, 7, -0.0021f);
+    m.CalcMinMaxValuesExcludeZero(&got[0], &got[1]);
+    EXPECT_EQ(std::vector<float>(got, got + 2), (std::vector<float>{0.004f, -0.0021f}));
 
     // 20 x 24: six lines. The patch (2 .. 15, 5 .. 21) searches lines
     // (5 >> 2) + 1 = 2 to (21 >> 2) - 1 = 4 and vectors 5 to 12, the ends

@@ -130,9 +130,9 @@ TEST(CSSEMatrixPixels, ClearRowAndProcessedRowFillReachOnlyTheirRows)
 
 TEST(CSSEMatrixPixels, PreciseReadInterpolatesAndClampsItsCornerToOneInside)
 {
-    // A plane, which the bilinear weights reproduce exactly at binary
-    // fractions. The corner is clamped to 1 ... Size - 2: column and row 0
-    // are never read, the last ones only as the far corner.
+    // A plane, reproduced exactly at binary fractions. The corner is clamped
+    // to 1 ... Size - 2: row and column 0 are never read, the last ones only
+    // as the far corner.
     const CSSEMatrix m = FieldOf(6, 5, [](int x, int y) { return 10.0f * x + 100.0f * y; });
     EXPECT_EQ(m.GetPixelPreciseFloat(2.5f, 3.25f, true), 25.0f + 325.0f);
     EXPECT_EQ(m.GetPixelPreciseFloat(-3.7f, 0.25f), 10.0f + 100.0f);
@@ -142,11 +142,7 @@ TEST(CSSEMatrixPixels, PreciseReadInterpolatesAndClampsItsCornerToOneInside)
     // The terms are added as corner, below, right, diagonal: with weights of
     // 1/4, 2.5e7 + 0.25 rounds back to 2.5e7, so this order gives 0.25 where
     // adding the two large terms first would give 0.5.
-    CSSEMatrix order = Filled(4, 4, 0.0f);
-    order.SetPoint(1, 1, 1e8f);
-    order.SetPoint(2, 1, -1e8f);
-    order.SetPoint(1, 2, 1.0f);
-    order.SetPoint(2, 2, 1.0f);
+    const CSSEMatrix order = FieldOf(4, 4, [](int x, int y) { return y == 1 ? (x == 1 ? 1e8f : x == 2 ? -1e8f : 0.0f) : y == 2 && (x == 1 || x == 2) ? 1.0f : 0.0f; });
     EXPECT_EQ(order.GetPixelPreciseFloat(1.5f, 1.5f), 0.25f);
 }
 
@@ -268,24 +264,14 @@ TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
 TEST(CSSEMatrixSmallFields, OperationsStayInsideTheStorage)
 {
     CSSEMatrix other = Filled(2, 3, 7.0f);
+    float v[2];
+    int b[4];
     const std::function<void(CSSEMatrix&)> operations[] = {
-        [&](CSSEMatrix& m) { m.EraseFrame(&other); },
-        [&](CSSEMatrix& m) { m.EraseWithMatrixMax(&other, 3.0f); },
-        [&](CSSEMatrix& m) { m.Stencil(other, 0.5f, 2.0f); },
-        [](CSSEMatrix& m) {
-            float v[2];
-            int box[4];
-            m.CalcMinMaxValuesExcludeZero(&v[0], &v[1]);
-            m.CalcMaxValueOfPatch(&v[0], -5, 50, -5, 50);
-            m.CalcBoundingBox(box[0], box[1], box[2], box[3], 0.5f, false);
-        },
-        [](CSSEMatrix& m) { m.SimpleMaximumFilter(); },
-        [&](CSSEMatrix& m) { m.BoxFilter(other, true); },
-        [&](CSSEMatrix& m) { m.MaskFilter(other, m, true); },
-        [](CSSEMatrix& m) { m.Chamfer(); },
-        [](CSSEMatrix& m) { m.ZhangSuen(0.5f); },
-        [](CSSEMatrix& m) { m.CalcDerivativeY(); },
-        [&](CSSEMatrix& m) { CFilters::Median5x5(other, m, -3, 9, -3, 9); },
+        [&](CSSEMatrix& m) { m.EraseFrame(&other); m.EraseWithMatrixMax(&other, 3.0f); m.Stencil(other, 0.5f, 2.0f); },
+        [&](CSSEMatrix& m) { m.CalcMinMaxValuesExcludeZero(&v[0], &v[1]); m.CalcMaxValueOfPatch(&v[0], -5, 50, -5, 50); },
+        [&](CSSEMatrix& m) { m.CalcBoundingBox(b[0], b[1], b[2], b[3], 0.5f, false); },
+        [&](CSSEMatrix& m) { m.SimpleMaximumFilter(); m.BoxFilter(other, true); m.MaskFilter(other, m, true); },
+        [&](CSSEMatrix& m) { m.Chamfer(); m.ZhangSuen(0.5f); m.CalcDerivativeY(); CFilters::Median5x5(other, m, -3, 9, -3, 9); },
     };
     for (const auto& operation : operations) {
         for (const auto& [sizeX, sizeY] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 1}, {1, 5}, {2, 9}}) {

@@ -187,40 +187,21 @@ TEST(FieldChamfer, StepsOfThreeAndFourWithWholeColumnMasksAndAClearedFrame)
     CSSEMatrix m = Filled(24, 24, 0.0f);
     m.SetPoint(12, 10, 1.0f);
     m.Chamfer();
-    const auto d = [&](int dx, int dy) { return m.GetPoint(12 + dx, 10 + dy); };
-    EXPECT_EQ(d(0, 0), 0.0f);
-    EXPECT_EQ(d(-1, 0), 3.0f);
-    EXPECT_EQ(d(0, 1), 3.0f);
-    EXPECT_EQ(d(-1, -1), 4.0f);
-    EXPECT_EQ(d(2, 1), 7.0f);
     // Two diagonal steps give 8 down to the right and up to the left. The
     // masks take whole columns (left forward, right backward), which don't
     // carry the other diagonal through: (-2, 2) is (-1, 2) + 3 = 10.
-    EXPECT_EQ(d(2, 2), 8.0f);
-    EXPECT_EQ(d(-2, -2), 8.0f);
-    EXPECT_EQ(d(-2, 2), 10.0f);
-    EXPECT_EQ(d(2, -2), 10.0f);
+    const auto d = [&](int dx, int dy) { return m.GetPoint(12 + dx, 10 + dy); };
+    EXPECT_EQ((std::vector<float>{d(0, 0), d(-1, 0), d(0, 1), d(-1, -1), d(2, 1), d(2, 2), d(-2, -2), d(-2, 2), d(2, -2)}), (std::vector<float>{0, 3, 3, 4, 7, 8, 8, 10, 10}));
     // The frame is cleared: 4 columns on the left, 5 on the right, one line
     // at the top and two lines (rows 20 to 27) at the bottom.
-    EXPECT_EQ(m.GetPoint(3, 10), 0.0f);
-    EXPECT_EQ(m.GetPoint(4, 10), 24.0f);
-    EXPECT_EQ(m.GetPoint(19, 10), 0.0f);
-    EXPECT_EQ(m.GetPoint(18, 10), 18.0f);
-    EXPECT_EQ(m.GetPoint(12, 3), 0.0f);
-    EXPECT_EQ(m.GetPoint(12, 4), 18.0f);
-    EXPECT_EQ(m.GetPoint(12, 20), 0.0f);
-    EXPECT_EQ(m.GetPoint(12, 19), 27.0f);
+    EXPECT_EQ((std::vector<float>{m.GetPoint(3, 10), m.GetPoint(4, 10), m.GetPoint(19, 10), m.GetPoint(18, 10), m.GetPoint(12, 3), m.GetPoint(12, 4), m.GetPoint(12, 20), m.GetPoint(12, 19)}),
+              (std::vector<float>{0, 24, 0, 18, 0, 18, 0, 27}));
 
     // Seeds lie within 0.002 of 1; 0 is far away; other values are upper
     // bounds: 2 where 9 would come, and 1.003, neither seed nor far.
-    m = Filled(24, 16, 0.0f);
-    m.SetPoint(6, 8, 1.0015f);
-    m.SetPoint(9, 8, 2.0f);
-    m.SetPoint(10, 8, 1.003f);
+    m = FieldOf(24, 16, [](int x, int y) { return y != 8 ? 0.0f : x == 6 ? 1.0015f : x == 9 ? 2.0f : x == 10 ? 1.003f : 0.0f; });
     m.Chamfer();
-    EXPECT_EQ(m.GetPoint(7, 8), 3.0f);
-    EXPECT_EQ(m.GetPoint(9, 8), 2.0f);
-    EXPECT_EQ(m.GetPoint(11, 8), 1.003f + 3.0f);
+    EXPECT_EQ((std::vector<float>{m.GetPoint(7, 8), m.GetPoint(9, 8), m.GetPoint(11, 8)}), (std::vector<float>{3.0f, 2.0f, 1.003f + 3.0f}));
     m = Filled(12, 12, 0.0f); // no seed at all
     m.Chamfer();
     EXPECT_EQ(m.GetPoint(5, 5), 99999.9f);

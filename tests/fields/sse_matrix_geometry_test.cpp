@@ -97,47 +97,31 @@ TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutA
 {
     // FindFirstPoint on 50 x 60 looks at columns 20 ... 29, lines 5 ... 10
     // (rows 20 ... 43), column by column, and counts a pixel equal to t.
-    const auto firstPoint = [](CSSEMatrix& m, float t, bool above) {
-        int x = 7, y = 7;
-        m.FindFirstPoint(x, y, t, above);
-        return std::pair(x, y);
-    };
+    int at[2] = {7, 7};
     CSSEMatrix m = Filled(50, 60, 0.0f);
     for (const auto& [x, y] : {std::pair{19, 30}, {30, 30}, {25, 19}, {25, 44}}) m.SetPoint(x, y, 2.0f);
-    EXPECT_EQ(firstPoint(m, 1.0f, true), std::pair(0, 0)) << "hits in the margin only";
-    m.SetPoint(22, 38, 1.0f);
-    m.SetPoint(22, 37, 3.0f);
-    m.SetPoint(26, 21, 3.0f);
-    EXPECT_EQ(firstPoint(m, 1.0f, true), std::pair(22, 37)) << "the first column, then the lowest lane";
+    m.FindFirstPoint(at[0], at[1], 1.0f, true);
+    EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{0, 0})) << "hits in the margin only";
+    for (const auto& [x, y, v] : {std::tuple{22, 38, 1.0f}, {22, 37, 3.0f}, {26, 21, 3.0f}}) m.SetPoint(x, y, v);
+    m.FindFirstPoint(at[0], at[1], 1.0f, true);
+    EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{22, 37})) << "the first column, then the lowest lane";
 
     // FindFirstPointLined on 6 x 30 climbs from line 6 to line 2 (rows 27
-    // ... 8), strictly beyond t, and reports the lowest lane of the first
-    // line that hits.
-    const auto lined = [](CSSEMatrix& f, int x, float t, bool above) {
-        int y = -1;
-        f.FindFirstPointLined(x, y, t, above);
-        return y;
-    };
-    m = Filled(6, 30, 0.0f);
-    for (const int y : {28, 7}) m.SetPoint(3, y, 5.0f); // lines 7 and 1
-    EXPECT_EQ(lined(m, 3, 4.0f, true), 0);
-    for (const int y : {9, 23, 22}) m.SetPoint(3, y, 5.0f);
-    m.SetPoint(3, 25, 4.0f);
-    EXPECT_EQ(lined(m, 3, 4.0f, true), 22);
-    EXPECT_EQ(lined(m, 3, 4.5f, false), 24);
-    EXPECT_EQ(lined(m, 6, -1.0f, true), 0) << "a column outside the field";
+    // ... 8), strictly beyond t, to the lowest lane of the first line that
+    // hits; 0 without a hit or outside the field.
+    m = FieldOf(6, 30, [](int x, int y) { return x != 3 ? 0.0f : y == 28 || y == 7 ? 9.0f : y == 9 || y == 22 || y == 23 ? 5.0f : y == 25 ? 4.0f : 0.0f; });
+    for (const auto& [x, t, above, y] : {std::tuple{3, 5.5f, true, 0}, {3, 4.0f, true, 22}, {3, 4.5f, false, 24}, {6, -1.0f, true, 0}}) {
+        m.FindFirstPointLined(x, at[1], t, above);
+        EXPECT_EQ(at[1], y) << x << ", " << t;
+    }
 
     // Along a row, from the first argument to the second, both included;
     // equal is no hit; the row is clamped; positions outside read the rim.
     m = FieldOf(10, 5, [](int x, int y) { return static_cast<float>(y == 2 ? x : 10 - x); });
-    EXPECT_EQ(m.FindPointFromLeft(5, 9, 2, 5.0f, true), 6);
-    EXPECT_EQ(m.FindPointFromLeft(0, 4, 2, 4.5f, true), 4);
-    EXPECT_EQ(m.FindPointFromLeft(0, 9, 100, 4.5f, false), 6);
-    EXPECT_EQ(m.FindPointFromRight(9, 6, 2, 4.5f, false), 6);
-    EXPECT_EQ(m.FindPointFromRight(2, 7, 2, 0.0f, true), 7);
-    EXPECT_EQ(m.FindPointFromLeft(-3, 9, 2, 0.5f, false), -3);
-    EXPECT_EQ(m.FindPointFromRight(15, 0, 2, 4.5f, false), 4);
-    EXPECT_EQ(m.FindPointFromLeft(-2000000000, 2000000000, 2, 100.0f, true), 2000000000);
+    EXPECT_EQ((std::vector<int>{m.FindPointFromLeft(5, 9, 2, 5.0f, true), m.FindPointFromLeft(0, 4, 2, 4.5f, true), m.FindPointFromLeft(0, 9, 100, 4.5f, false),
+                                m.FindPointFromRight(9, 6, 2, 4.5f, false), m.FindPointFromRight(2, 7, 2, 0.0f, true), m.FindPointFromLeft(-3, 9, 2, 0.5f, false),
+                                m.FindPointFromRight(15, 0, 2, 4.5f, false), m.FindPointFromLeft(-2000000000, 2000000000, 2, 100.0f, true)}),
+              (std::vector<int>{6, 4, 6, 6, 7, -3, 4, 2000000000}));
 }
 
 // A 3 x 40 field: lines 0 ... 9 hold image rows, line 10 is padding. All
