@@ -102,9 +102,9 @@ TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutA
     for (const auto& [x, y] : {std::pair{19, 30}, {30, 30}, {25, 19}, {25, 44}}) m.SetPoint(x, y, 2.0f);
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
     EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{0, 0})) << "hits in the margin only";
-    for (const auto& [x, y, v] : {std::tuple{22, 38, 1.0f}, {22, 37, 3.0f}, {26, 21, 3.0f}}) m.SetPoint(x, y, v);
+    for (const auto& [x, y, v] : {std::tuple{22, 38, 1.0f}, {22, 39, 3.0f}, {26, 21, 3.0f}}) m.SetPoint(x, y, v);
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
-    EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{22, 37})) << "the first column, then the lowest lane";
+    EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{22, 38})) << "the first column, then the lowest lane";
 
     // FindFirstPointLined on 6 x 30 climbs from line 6 to line 2 (rows 27
     // ... 8), strictly beyond t, to the lowest lane of the first line that
