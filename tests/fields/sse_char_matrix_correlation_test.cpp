@@ -48,6 +48,8 @@ int PlainScore(const CSSEcharMatrix& field, const CSSEcharMatrix& pattern, int s
 
 TEST(CSSEcharMatrixCorrelation, FindsTheShiftAtWhichTheTemplateWasCut)
 {
+    // Disturbed, the template still finds its place, far below the random
+    // columns; the limited search finds it inside its range only.
     vek::CrtRandom random(17);
     CSSEcharMatrix field(300, 40);
     FillRandomBytes(field, random);
@@ -56,8 +58,6 @@ TEST(CSSEcharMatrixCorrelation, FindsTheShiftAtWhichTheTemplateWasCut)
     int ambiguity = -1;
     EXPECT_EQ(field.Correlate(pattern, minScore, kNoLimit), 77);
     EXPECT_EQ(minScore, 0);
-    // Disturbed, it still finds its place, far below the random columns; the
-    // limited search finds it inside its range and misses it outside.
     for (int k = 0; k < 40; ++k) pattern.SetPoint(k % 32, k, static_cast<char>(pattern.GetPoint(k % 32, k) / 2));
     EXPECT_EQ(field.CorrelateAmbiguity(pattern, minScore, ambiguity, kNoLimit), 77);
     EXPECT_TRUE(minScore > 0 && minScore < 100 && ambiguity > 3 * 1000) << minScore << ", " << ambiguity;

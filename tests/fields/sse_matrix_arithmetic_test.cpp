@@ -14,6 +14,7 @@
 namespace {
 
 using vek::test::ExpectLanes;
+using vek::test::FieldOf;
 using vek::test::Filled;
 using vek::test::FromRows;
 using vek::test::RowsOf;
@@ -121,9 +122,7 @@ TEST(FieldArithmetic, ScaledAndByteStencilsReadTheRoundedClampedMaskPixel)
     // An 8 x 8 field reads a 4 x 4 mask at half scale: pixel x reads mask
     // column trunc(x * 0.5 + 0.5), so columns 1 and 2 read column 1, and
     // column 7 reads column 4, clamped to 3. A stencil holds data from 5 on.
-    CSSEMatrix mask = Filled(4, 4, 9.0f);
-    mask.SetPoint(1, 0, 4.99f);
-    mask.SetPoint(3, 3, 0.0f);
+    const CSSEMatrix mask = FieldOf(4, 4, [](int x, int y) { return x == 1 && y == 0 ? 4.99f : x == 3 && y == 3 ? 0.0f : 9.0f; });
     CSSEMatrix m = Filled(8, 8, 1.0f);
     m.Stencil(mask, 0.5f, 0.5f);
     // The padding lanes (rows 8 to 11) are no pixels and stay.
@@ -131,13 +130,8 @@ TEST(FieldArithmetic, ScaledAndByteStencilsReadTheRoundedClampedMaskPixel)
 
     // A 2 x 2 byte mask under a 4 x 3 field at scale 1, clamped: column 0
     // reads 5 and 100 and stays; the others read 4 and -3, a signed byte.
-    CSSEcharMatrix bytes(2, 2);
-    bytes.SetPoint(0, 0, 5);
-    bytes.SetPoint(1, 0, 4);
-    bytes.SetPoint(0, 1, 100);
-    bytes.SetPoint(1, 1, -3);
     m = Filled(4, 3, 2.0f);
-    m.Stencil(bytes, 1.0f, 1.0f);
+    m.Stencil(FieldOf<CSSEcharMatrix>(2, 2, [](int x, int row) { return row == 0 ? 5 - x : x == 0 ? 100 : -3; }), 1.0f, 1.0f);
     ExpectLanes(m, [](int x, int row) { return row < 3 && x >= 1 ? 0.0f : 2.0f; });
 }
 
@@ -171,27 +165,22 @@ TEST(FieldArithmetic, FieldsOfDifferentSizesMeetOnTheLinesTheyShare)
 TEST(FieldStatistics, CountsAndSumsTakeEveryLaneAndKeepTheirOrderOfAdditions)
 {
     // 3 x 5: two lines, rows 5 to 7 are padding and count too.
-    CSSEMatrix m = Filled(3, 5, 1.0f);
-    m.SetPoint(2, 4, 3.0f);
-    Stored(m, 0, 7) = -2.0f;
-    EXPECT_EQ(m.NumValuesAbove(1.0f), 1);
-    EXPECT_EQ(m.NumValuesBelow(1.0f), 1);
+    CSSEMatrix m = FieldOf(3, 5, [](int x, int row) { return x == 2 && row == 4 ? 3.0f : x == 0 && row == 7 ? -2.0f : 1.0f; });
     const CSSEMatrix q = Filled(3, 5, 2.0f);
-    EXPECT_EQ(m.NumValuesAbove(&q), 1);
-    EXPECT_EQ(m.NumValuesBelow(&q), 23);
-    EXPECT_EQ(m.NumValuesBelow(nullptr), 0);
+    EXPECT_EQ((std::vector<int>{m.NumValuesAbove(1.0f), m.NumValuesBelow(1.0f), m.NumValuesAbove(&q), m.NumValuesBelow(&q), m.NumValuesBelow(nullptr)}),
+              (std::vector<int>{1, 1, 1, 23, 0}));
 
     // One vector of 1e8, -4, 4, 4. In single precision 1e8 + 4 rounds back
     // to 1e8 (ties to even, a step of 8), but 1e8 + 8 doesn't; at 3e8 the
     // step is 32.
-    m = vek::test::FieldOf(1, 3, [](int, int row) { return row == 0 ? 1e8f : row == 1 ? -4.0f : 4.0f; });
+    m = FieldOf(1, 3, [](int, int row) { return row == 0 ? 1e8f : row == 1 ? -4.0f : 4.0f; });
     EXPECT_EQ(m.IntegrateMatrixAbsolute(), 100000008.0f);             // (l0 + l3) + (l2 + l1)
     EXPECT_EQ(m.CalcAbsSum(), 100000000.0f);                          // ((l0 + l1) + l2) + l3
     EXPECT_EQ(m.IntegrateMatrix(), 100000000.0f);                     // (1e8 + 4) + (4 - 4)
     EXPECT_EQ(m.IntegrateMatrixAbsolute(2.0f, 1.5f), 300000032.0f); // (3e8 + 12) + (12 + 12)
     // Lane sums run over the lines in order: 1e8 first, then 4 + 4 + 4 in
     // the next lines never grows it.
-    m = vek::test::FieldOf(2, 12, [](int x, int row) { return x == 0 && row % 4 == 0 ? (row == 0 ? 1e8f : 4.0f) : 0.0f; });
+    m = FieldOf(2, 12, [](int x, int row) { return x == 0 && row % 4 == 0 ? (row == 0 ? 1e8f : 4.0f) : 0.0f; });
     EXPECT_EQ(m.IntegrateMatrix(), 1e8f);
 }
 
@@ -201,7 +190,7 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     // padding lanes included; ExcludeZero skips -0.002 < p < 0.002.
     std::mt19937 random(77);
     std::uniform_real_distribution<float> value(-10.0f, 10.0f);
-    CSSEMatrix m = vek::test::FieldOf(23, 70, [&](int x, int row) { return x < 3 || x >= 20 || row < 4 || row >= 68 ? (row % 2 == 0 ? 99.0f : -99.0f) : random() % 4 == 0 ? 0.0019f : value(random); });
+    CSSEMatrix m = FieldOf(23, 70, [&](int x, int row) { return x < 3 || x >= 20 || row < 4 || row >= 68 ? (row % 2 == 0 ? 99.0f : -99.0f) : random() % 4 == 0 ? 0.0019f : value(random); });
     float want[4] = {kMaxSentinel, kMinSentinel, kMaxSentinel, kMinSentinel};
     for (int row = 4; row < 4 * (m.GetSSESizeY() - 1); ++row) {
         for (int x = 3; x < 20; ++x) {
@@ -229,7 +218,7 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     // 20 x 24: six lines. The patch (2 .. 15, 5 .. 21) searches lines
     // (5 >> 2) + 1 = 2 to (21 >> 2) - 1 = 4 and vectors 5 to 12, the ends
     // excluded: rows 8 to 15, columns 5 to 11.
-    m = vek::test::FieldOf(20, 24, [](int x, int y) { return static_cast<float>(100 * y + x); });
+    m = FieldOf(20, 24, [](int x, int y) { return static_cast<float>(100 * y + x); });
     m.CalcMaxValueOfPatch(&got[0], 2, 15, 5, 21);
     m.CalcMinValueOfPatch(&got[1], 2, 15, 5, 21);
     EXPECT_EQ(got[0], 100.0f * 15 + 11);
@@ -262,7 +251,7 @@ TEST(FieldBoundingBox, ScansForTheMinimaStartAtOneAndTheMaximaStopBeforeZero)
     m.SetPoint(3, 4, 1.0f);
     EXPECT_EQ(box(m, 0.5f, true), (std::vector<int>{3, 2, 7, 4}));
     // Below: value > p. The padding lanes, set to 0, are no pixels.
-    m = vek::test::FieldOf(8, 6, [](int x, int row) { return row >= 6 ? 0.0f : x == 2 && row == 3 ? 1.0f : 5.0f; });
+    m = FieldOf(8, 6, [](int x, int row) { return row >= 6 ? 0.0f : x == 2 && row == 3 ? 1.0f : 5.0f; });
     EXPECT_EQ(box(m, 2.0f, false), (std::vector<int>{2, 3, 2, 3}));
 }
 

@@ -22,16 +22,14 @@ using vek::test::Tag;
 
 TEST(CSSEMatrixAreaFill, FillAreaMirrorsTheKeptLanesOfTheEdgeColumns)
 {
-    // The closing lines lane by lane, by the phase of y0 and of y1: V takes
-    // the fill value, a number the lane of the edge column (x0 for the first
-    // line, x1 for the last), N leaves the line alone.
+    // The closing lines lane by lane, by the phase of y0 and y1: V is the
+    // fill value, a number that lane of column x0 (first line) or x1 (last).
     constexpr int V = -1, N = -2;
     constexpr int kFirstLine[4][4] = {{V, V, V, V}, {V, V, V, 0}, {V, V, 1, 0}, {V, 2, 1, 0}};
     constexpr int kLastLine[4][4] = {{N, N, N, N}, {V, 2, 1, 0}, {V, V, 1, 0}, {V, V, V, 0}};
-    // Every phase of both ends, lines apart and coinciding (there the last
-    // line wins), and rectangles reaching out of the field: x1 is clamped to
-    // the last column, which thus stays untouched; rows collapse onto the
-    // first or the last line.
+    // Every phase of both ends, lines apart and coinciding (the last line
+    // wins), and rectangles reaching out: x1 is clamped to the last column,
+    // which stays untouched; rows collapse onto the first or last line.
     for (const auto& [x0, x1] : {std::pair{1, 5}, {-3, 40}, {0, 1}, {4, 2}}) {
         for (int y0 = -2; y0 < 16; ++y0) {
             for (int y1 = y0; y1 < 18; ++y1) {
