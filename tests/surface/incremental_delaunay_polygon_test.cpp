@@ -5,29 +5,16 @@
 #include <set>
 #include <vector>
 
+#include "support/polygon_points.h"
 #include "surface/triangulation_checks.h"
-#include "vekdll/polygons/sse_3d_polygon.h"
-#include "vekdll/surface/incremental_delaunay.h"
 
 namespace {
 
+using vek::test::AddTriangle;
+using vek::test::P;
 using vek::test::Triangles;
 
-SSEPoint P(float x, float y, float z = 0.0f)
-{
-    SSEPoint p;
-    p.sse = _mm_setr_ps(x, y, z, 0.0f);
-    return p;
-}
-
-// An L: the square 0..20 without its upper right quarter 10..20 x 10..20.
-void LShape(CSSE3dPolygon& polygon)
-{
-    const float corners[6][2] = {{0, 0}, {20, 0}, {20, 10}, {10, 10}, {10, 20}, {0, 20}};
-    polygon.Create(6);
-    for (int i = 0; i < 6; ++i) polygon.SetPoint(i, corners[i][0], corners[i][1], 1.0f);
-}
-
+// Inside the L: the square 0..20 without its upper right quarter.
 bool InsideL(double x, double y)
 {
     return x > 0 && y > 0 && x < 20 && y < 20 && (x < 10 || y < 10);
@@ -36,7 +23,7 @@ bool InsideL(double x, double y)
 TEST(PolygonTriangulation, MarksTrianglesOutsideTheBorderPolygon)
 {
     CSSE3dPolygon border;
-    LShape(border);
+    vek::test::Fill(border, {{0, 0, 1}, {20, 0, 1}, {20, 10, 1}, {10, 10, 1}, {10, 20, 1}, {0, 20, 1}});
     ZrCIncrementalDelaunay2D d(100);
     d.AddPolygon(border, false);
     for (float x = 2.5f; x < 20.0f; x += 5.0f) {
@@ -75,32 +62,22 @@ TEST(PolygonTriangulation, StartsFromTheExtremePointsAndStaysInTheWorkingList)
     // vertex 3 lies well inside the circle through 0, 1 and 2 (centre (5, 12),
     // radius 13).
     CSSE3dPolygon border;
-    const float points[4][2] = {{0, 0}, {5, -1}, {10, 0}, {5, 8}};
-    border.Create(4);
-    for (int i = 0; i < 4; ++i) border.SetPoint(i, points[i][0], points[i][1], 0.0f);
+    vek::test::Fill(border, {{0, 0, 0}, {5, -1, 0}, {10, 0, 0}, {5, 8, 0}});
     ZrCIncrementalDelaunay2D d(10);
     d.AddPolygon(border, false);
     d.Triangulate(border, 3, 0);
 
     EXPECT_TRUE(d.GetFinalList().IsEmpty()); // not finalized
     const std::vector<t_hdelaunaytriangle*> triangles = Triangles(d.GetTriangleList());
-    std::multiset<std::set<int>> corners;
-    for (const t_hdelaunaytriangle* t : triangles) {
-        corners.insert(std::set<int>(t->Vertex, t->Vertex + 3));
-        EXPECT_GT(vek::test::SignedArea(d, t), 0.0); // counter-clockwise
-    }
-    EXPECT_EQ(corners, (std::multiset<std::set<int>>{{0, 1, 3}, {1, 2, 3}}));
+    for (const t_hdelaunaytriangle* t : triangles) EXPECT_GT(vek::test::SignedArea(d, t), 0.0);  // counter-clockwise
+    EXPECT_EQ(vek::test::CornerSets(d.GetTriangleList()), (std::multiset<std::set<int>>{{0, 1, 3}, {1, 2, 3}}));
     EXPECT_EQ(vek::test::LinkFault(triangles), "");
 }
 
 TEST(PolygonTriangulation, CheckAcrossEdgeSamplesTheSegment)
 {
     CSSE3dPolygon square;
-    square.Create(4);
-    square.SetPoint(0, 0, 0, 0);
-    square.SetPoint(1, 4, 0, 0);
-    square.SetPoint(2, 4, 4, 0);
-    square.SetPoint(3, 0, 4, 0);
+    vek::test::Fill(square, {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}});
     EXPECT_TRUE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-2, 2), P(2, 2), square));
     EXPECT_TRUE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-3, 2), P(7, 2), square));
     EXPECT_FALSE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-3, 5), P(7, 5), square));
@@ -108,6 +85,58 @@ TEST(PolygonTriangulation, CheckAcrossEdgeSamplesTheSegment)
     // Samples every 0.1 from the start, the start itself excluded.
     EXPECT_TRUE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(3.8f, 2), P(8, 2), square));
     EXPECT_FALSE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(3.95f, 2), P(8, 2), square));
+}
+
+TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeighboursQueued)
+{
+    ZrCIncrementalDelaunay2D d(24);
+    t_hdelaunaytriangle* near = AddTriangle(d, P(0, 1, 0), P(2, 1, 0), P(1, 2, 0));
+    t_hdelaunaytriangle* far = AddTriangle(d, P(0, 9, 0), P(2, 9, 0), P(1, 10, 0));
+    t_hdelaunaytriangle* a = AddTriangle(d, P(0, 0, 0), P(1, 0, 0), P(0, 1, 0));
+    t_hdelaunaytriangle* b = AddTriangle(d, P(5, 0, 0), P(6, 0, 0), P(5, 1, 0));
+    near->Neighbour[0] = b;
+    near->Neighbour[2] = a;
+    far->Ignore = true;
+    CSSE3dPolygon line;
+    vek::test::Fill(line, vek::test::Row(10));
+    CList<t_hdelaunaytriangle*> queue;
+
+    // Corners at distance 1, 1 and 2 from the line's points: within 1.5 + 0.5.
+    d.CheckTrianguleAndProcessList(near, nullptr, &queue, 1.5f, 0.5f, line);
+    EXPECT_TRUE(near->Ignore && near->Processed);
+    EXPECT_EQ(vek::test::Triangles(queue), (std::vector<t_hdelaunaytriangle*>{b, a}));  // side 0 before side 2
+    EXPECT_TRUE(a->Visited && b->Visited);
+    // Processed already: nothing happens, even with a changed flag.
+    near->Ignore = false;
+    d.CheckTrianguleAndProcessList(near, nullptr, &queue, 1.5f, 0.5f, line);
+    EXPECT_FALSE(near->Ignore);
+    // Just beyond the limit: the mark goes, nothing is queued.
+    d.CheckTrianguleAndProcessList(far, nullptr, &queue, 8.5f, 0.4f, line);
+    EXPECT_FALSE(far->Ignore);
+    EXPECT_TRUE(far->Processed);
+    EXPECT_EQ(queue.GetCount(), 2);
+
+    // A closed strip of 100 points: 0 ... 49 along y = 0, 50 ... 99 back
+    // along y = 2. On a polygon that long the corners must be near one
+    // stretch of it, of at most 100 / 10 points: not so a triangle between
+    // the two shores, near points 10 and 89, 21 apart either way round, nor
+    // one near points 35 ... 46 along one shore; but one near 98, 99, 0 and
+    // 1, which wraps round the start, and one near 20 ... 30.
+    std::vector<vek::test::Xyz> strip = vek::test::Row(50);
+    for (int i = 49; i >= 0; --i) strip.push_back({static_cast<float>(i), 2.0f, 0.0f});
+    vek::test::Fill(line, strip);
+    t_hdelaunaytriangle* stretches[] = {
+        AddTriangle(d, P(10, 0, 0), P(11, 0, 0), P(10, 2, 0)),
+        AddTriangle(d, P(35, 0, 0), P(46, 0, 0), P(40, 0.5f, 0)),
+        AddTriangle(d, P(0, 0.2f, 0), P(1, 0.2f, 0), P(0.5f, 1.8f, 0)),
+        AddTriangle(d, P(20, 0, 0), P(30, 0, 0), P(25, 0.5f, 0)),
+    };
+    std::vector<bool> marked;
+    for (t_hdelaunaytriangle* t : stretches) {
+        d.CheckTrianguleAndProcessList(t, nullptr, &queue, 1.0f, 0.0f, line);
+        marked.push_back(t->Ignore);
+    }
+    EXPECT_EQ(marked, (std::vector<bool>{false, false, true, true}));
 }
 
 } // namespace
