@@ -34,22 +34,8 @@ TEST(CHSimpleBasisFcns, OrientationIsJudgedAgainstTheFixedTolerance)
     EXPECT_TRUE(kFns.Left(&a, &b10, &c10));
 }
 
-TEST(CHSimpleBasisFcns, BetweenAndCrossingsOfSegments)
+TEST(CHSimpleBasisFcns, SegmentsCrossTouchOrMiss)
 {
-    // Between measures along x, or along y for a vertical segment; ends count.
-    const struct {
-        t_h2dpoint a, b, c;
-        bool between;
-    } between[] = {
-        {{1, 1}, {5, 3}, {3, 2}, true},  {{5, 3}, {1, 1}, {3, 2}, true},   {{1, 1}, {5, 3}, {5, 3}, true},
-        {{1, 1}, {5, 3}, {7, 4}, false}, {{1, 1}, {5, 3}, {3, 2.5f}, false},
-        {{2, 8}, {2, 4}, {2, 6}, true},  {{2, 8}, {2, 4}, {2, 9}, false},
-    };
-    for (const auto& c : between) {
-        SCOPED_TRACE(testing::Message() << c.c.x << ", " << c.c.y);
-        EXPECT_EQ(kFns.Between(&c.a, &c.b, &c.c), c.between);
-    }
-
     const struct {
         const char* name;
         t_h2dpoint a, b, c, d;
@@ -60,10 +46,14 @@ TEST(CHSimpleBasisFcns, BetweenAndCrossingsOfSegments)
         {"d touches a-b", {0, 0}, {4, 4}, {0, 4}, {2, 2}, false, true},
         {"a touches c-d", {2, 2}, {0, 4}, {0, 0}, {4, 4}, false, true},
         {"b touches c-d", {0, 4}, {2, 2}, {0, 0}, {4, 4}, false, true},
+        {"sharing an end", {0, 0}, {4, 4}, {4, 4}, {6, 0}, false, true},
         {"overlap on one line", {0, 0}, {4, 4}, {3, 3}, {6, 6}, false, true},
         {"apart on one line", {0, 0}, {2, 2}, {3, 3}, {5, 5}, false, false},
         {"parallel", {0, 0}, {4, 4}, {1, 0}, {5, 4}, false, false},
         {"lines cross beyond the ends", {0, 0}, {2, 2}, {4, 0}, {3, 0}, false, false},
+        // Along an upright segment the ends are compared in y.
+        {"touching an upright", {2, 8}, {2, 4}, {2, 6}, {5, 6}, false, true},
+        {"beyond an upright", {2, 8}, {2, 4}, {2, 9}, {5, 1}, false, false},
     };
     for (const auto& c : crossings) {
         SCOPED_TRACE(c.name);

@@ -19,19 +19,10 @@ using Grid = std::array<long long, 3>;
 using vek::test::Lanes;
 using vek::test::Lanes4;
 
-// The count of distinct grid points opened for reading, and the replaceable
-// orientation test counted.
+// The count of distinct grid points, opened for reading.
 class OpenHull : public CHConvexHull3D {
 public:
     using CHConvexHull3D::VertexCount;
-    int volumeTests = 0;
-
-protected:
-    int VolumeSign(tFaceStructure* f, tVertexStructure* p) override
-    {
-        ++volumeTests;
-        return CHConvexHull3D::VolumeSign(f, p);
-    }
 };
 
 struct ExitCalled {
@@ -104,7 +95,7 @@ std::set<Grid> ExpectClosedHull(const CHConvexHull3D& hull, const std::vector<Gr
     return corners;
 }
 
-TEST(CHConvexHull3D, InputIsRoundedOntoTheGridWithoutDuplicates)
+TEST(CHConvexHull3D, InputIsRoundedOntoTheGridOnceAndReadBackInItsUnits)
 {
     OpenHull hull;
     hull.AppendVertex3D(1.0f, 2.0f, 3.0f, 10.0f);
@@ -117,18 +108,44 @@ TEST(CHConvexHull3D, InputIsRoundedOntoTheGridWithoutDuplicates)
     hull.AppendVertex3D(0.0f, 0.0f, -0.26f, 10.0f);  // -2.6 + 0.5: grid -2
     hull.CalcConvexHull();
     EXPECT_EQ(ExpectClosedHull(hull, {{10, 20, 30}, {0, 0, 0}, {2, 0, 0}, {0, -1, 0}, {0, 0, -2}}).size(), 5u);
-    EXPECT_GT(hull.volumeTests, 0);  // the construction asks the replaceable test
-
     // Corners come back divided by the scale given in each lane; a corner
     // that isn't there reads as the origin.
-    tFaceStructure* f = hull.GetFaces();
     SSEPoint scale = vek::test::Sse(10.0f, 10.0f, 10.0f, 1.0f);
-    for (int i = 0; i < 3; ++i) {
-        const long long* c = f->Vertex[i]->Coordinate;
-        EXPECT_EQ(Lanes(hull.GetVertexFromFace3D(f, i, scale)), (Lanes4{c[0] / 10.0f, c[1] / 10.0f, c[2] / 10.0f, 0}));
+    std::set<Lanes4> read;
+    for (tFaceStructure* f : FacesOf(hull)) {
+        for (int i = 0; i < 3; ++i) read.insert(Lanes(hull.GetVertexFromFace3D(f, i, scale)));
     }
-    EXPECT_EQ(Lanes(hull.GetVertexFromFace(f, 3)), (Lanes4{}));
+    EXPECT_EQ(read, (std::set<Lanes4>{{1, 2, 3, 0}, {0, 0, 0, 0}, {0.2f, 0, 0, 0}, {0, -0.1f, 0, 0}, {0, 0, -0.2f, 0}}));
+    EXPECT_EQ(Lanes(hull.GetVertexFromFace(hull.GetFaces(), 3)), (Lanes4{}));
     EXPECT_EQ(Lanes(hull.GetVertexFromFace(nullptr, 0)), (Lanes4{}));
+
+    // Planar points on a grid of a tenth, lifted: index -1 numbers a vertex
+    // by the count so far, and a point already on the grid keeps the vertex
+    // that was there, with its index and mark.
+    OpenHull lifted;
+    lifted.AppendVertex2D(0.0f, 0.0f, -1, false);
+    lifted.AppendVertex2D(10.0f, 0.0f, 7, true);
+    lifted.AppendVertex2D(0.0f, 10.0f, -1, false);
+    lifted.AppendVertex2D(10.0f, 10.0f, -1, false);
+    lifted.AppendVertex2D(1.0f, 2.0f, -1, true);
+    lifted.AppendVertex2D(1.04f, 2.0f, 99, false);
+    EXPECT_EQ(lifted.VertexCount, 5);
+    lifted.CalcConvexHull();
+    std::map<Grid, std::pair<int, bool>> marks;
+    for (tFaceStructure* f : FacesOf(lifted)) {
+        for (int i = 0; i < 3; ++i) {
+            marks[Corner(f, i)] = {f->Vertex[i]->Index, f->Vertex[i]->IsTop};
+            // Read back in units of the input, the lifted height included.
+            if (f->Vertex[i]->Index == 4) {
+                EXPECT_EQ(Lanes(lifted.GetVertexFromFace(f, i)), (Lanes4{1, 2, 50, 0}));
+            }
+        }
+    }
+    EXPECT_EQ(marks, (std::map<Grid, std::pair<int, bool>>{{{0, 0, 0}, {0, false}},
+                                                            {{100, 0, 10000}, {7, true}},
+                                                            {{0, 100, 10000}, {2, false}},
+                                                            {{100, 100, 20000}, {3, false}},
+                                                            {{10, 20, 500}, {4, true}}}));
 }
 
 TEST(CHConvexHull3D, RandomSpatialAndLiftedPointSetsAreEnclosedByTheirCorners)
@@ -174,34 +191,6 @@ TEST(CHConvexHull3D, RandomSpatialAndLiftedPointSetsAreEnclosedByTheirCorners)
     }
     hull.CalcConvexHull();
     ExpectClosedHull(hull, block);
-}
-
-TEST(CHConvexHull3D, LiftedInputKeepsTheFirstIndexAndMarkOfAGridPoint)
-{
-    OpenHull hull;
-    hull.AppendVertex2D(0.0f, 0.0f, -1, false);    // numbered 0
-    hull.AppendVertex2D(10.0f, 0.0f, 7, true);     // 7
-    hull.AppendVertex2D(0.0f, 10.0f, -1, false);   // 2: numbered by the count so far
-    hull.AppendVertex2D(10.0f, 10.0f, -1, false);  // 3
-    hull.AppendVertex2D(1.0f, 2.0f, -1, true);     // 4
-    hull.AppendVertex2D(1.04f, 2.0f, 99, false);   // the same grid point as the last: dropped
-    EXPECT_EQ(hull.VertexCount, 5);
-    hull.CalcConvexHull();
-    std::map<Grid, std::pair<int, bool>> marks;
-    for (tFaceStructure* f : FacesOf(hull)) {
-        for (int i = 0; i < 3; ++i) {
-            marks[Corner(f, i)] = {f->Vertex[i]->Index, f->Vertex[i]->IsTop};
-            // Read back in units of the input, the lifted height included.
-            if (f->Vertex[i]->Index == 4) {
-                EXPECT_EQ(Lanes(hull.GetVertexFromFace(f, i)), (Lanes4{1, 2, 50, 0}));
-            }
-        }
-    }
-    const std::map<Grid, std::pair<int, bool>> expected{
-        {{0, 0, 0}, {0, false}},         {{100, 0, 10000}, {7, true}}, {{0, 100, 10000}, {2, false}},
-        {{100, 100, 20000}, {3, false}}, {{10, 20, 500}, {4, true}},
-    };
-    EXPECT_EQ(marks, expected);
 }
 
 TEST(CHConvexHull3D, FarCoordinatesStayExact)

@@ -46,22 +46,22 @@ bool Inside(const Ring& ring, double px, double py)
     return inside;
 }
 
-// The open segments a-b and c-d cross at one point inside both.
-bool CrossProperly(const Xy& a, const Xy& b, const Xy& c, const Xy& d)
-{
-    return Cross(a, b, c) * Cross(a, b, d) < 0 && Cross(c, d, a) * Cross(c, d, b) < 0;
-}
-
-// A regular polygon (inner == outer) or a star of `corners` / 2 spikes.
-Ring Star(int corners, double outer, double inner)
+// Points at the angles 2 pi i / perTurn, i = 0 ... count - 1, each at the
+// distance radius(i, angle) from the origin.
+template <class Radius>
+Ring Polar(int count, int perTurn, Radius radius)
 {
     Ring ring;
-    for (int i = 0; i < corners; ++i) {
-        const double angle = 2.0 * std::numbers::pi * i / corners;
-        const double radius = i % 2 == 0 ? outer : inner;
-        ring.push_back({radius * std::cos(angle), radius * std::sin(angle)});
+    for (int i = 0; i < count; ++i) {
+        const double angle = 2.0 * std::numbers::pi * i / perTurn;
+        ring.push_back({radius(i, angle) * std::cos(angle), radius(i, angle) * std::sin(angle)});
     }
     return ring;
+}
+
+Ring Regular(int corners, double radius)
+{
+    return Polar(corners, corners, [=](int, double) { return radius; });
 }
 
 // A back of height 2 along the x axis with `teeth` teeth of width 2 and
@@ -76,25 +76,14 @@ Ring Comb(int teeth)
     return ring;
 }
 
-// A band of width 15 wound `turns` times around the origin: out along the
-// outer rim, back along the inner one; counter-clockwise.
-Ring Spiral(double turns, int pointsPerTurn)
+// A band of width 15 wound two and a half times around the origin: out
+// along the outer rim, back along the inner one; counter-clockwise.
+Ring Spiral()
 {
-    Ring outer;
-    Ring inner;
-    for (int i = 0; i <= static_cast<int>(turns * pointsPerTurn); ++i) {
-        const double angle = 2.0 * std::numbers::pi * i / pointsPerTurn;
-        const double radius = 10.0 + 6.0 * angle;
-        outer.push_back({(radius + 15.0) * std::cos(angle), (radius + 15.0) * std::sin(angle)});
-        inner.push_back({radius * std::cos(angle), radius * std::sin(angle)});
-    }
-    outer.insert(outer.end(), inner.rbegin(), inner.rend());
-    return outer;
-}
-
-Ring Reversed(const Ring& ring)
-{
-    return Ring(ring.rbegin(), ring.rend());
+    Ring ring = Polar(91, 36, [](int, double angle) { return 25.0 + 6.0 * angle; });
+    const Ring inner = Polar(91, 36, [](int, double angle) { return 10.0 + 6.0 * angle; });
+    ring.insert(ring.end(), inner.rbegin(), inner.rend());
+    return ring;
 }
 
 void Fill(CSSE2dPolygon& polygon, const Ring& ring)
@@ -109,7 +98,7 @@ void Fill(CSSE3dPolygon& polygon, const Ring& ring)
     for (int i = 0; i < polygon.GetNumPoints(); ++i) polygon.SetPoint(i, float(ring[i].x), float(ring[i].y), 0.0f);
 }
 
-// The ring as the triangulator sees it with a y scale of -1.
+// The ring mirrored at the x axis, which turns its sense of rotation.
 Ring Mirrored(Ring ring)
 {
     for (Xy& p : ring) p.y = -p.y;
@@ -124,8 +113,8 @@ std::vector<int> Corners(const CHPolygonTriangulator& t)
     return corners;
 }
 
-// Every triangle a positive corner of the ring clipped once, lying inside
-// the ring and crossing none of its edges, and recorded with its diagonal;
+// Every triangle a positive corner of the ring clipped once, its centroid
+// inside the ring, and recorded with its diagonal;
 // `ring` is in the triangulator's scaled plane. A complete run leaves two
 // vertices, or the last three whose triangle it doesn't write: either way
 // the pieces add up to the ring's area.
@@ -146,7 +135,6 @@ void ExpectClippedInside(const CHPolygonTriangulator& t, const Ring& ring, bool 
         EXPECT_GT(Cross(a, b, c), 0.0);
         covered += Cross(a, b, c);
         EXPECT_TRUE(Inside(ring, (a.x + b.x + c.x) / 3.0, (a.y + b.y + c.y) / 3.0));
-        for (int e = 0; e < m; ++e) EXPECT_FALSE(CrossProperly(a, c, ring[e], ring[(e + 1) % m])) << "edge " << e;
         EXPECT_TRUE(t.DiagonalExists(k));
         float x1 = 0, y1 = 0, x2 = 0, y2 = 0;
         t.GetDiagonalPoints(k, x1, y1, x2, y2);
@@ -176,28 +164,24 @@ TEST(CHPolygonTriangulator, EarSearchStartAndSourcesThatGiveNothing)
     EXPECT_EQ(Corners(CHPolygonTriangulator(&square, 1, 1.0f, 1.0f, true)), (std::vector<int>{0, 1, 2}));
     // A convex hexagon: from the head the clips fan out around vertex 5,
     // which starts without a flag; one behind the head they walk the ring.
-    CSSE2dPolygon hexagon;
-    Fill(hexagon, Star(6, 10.0, 10.0));
-    EXPECT_EQ(Corners(CHPolygonTriangulator(&hexagon, 1, 1.0f, 1.0f, false)),
-              (std::vector<int>{5, 0, 1, 5, 1, 2, 5, 2, 3, 3, 4, 5}));
-    EXPECT_EQ(Corners(CHPolygonTriangulator(&hexagon, 1, 1.0f, 1.0f, true)),
-              (std::vector<int>{0, 1, 2, 2, 3, 4, 5, 0, 2, 2, 4, 5}));
-
-    // Clockwise, no corner is an ear; a bare triangle passes no cone test;
-    // scaled down far enough, no corner is a corner for the tolerance.
     CSSE2dPolygon polygon;
-    Fill(polygon, Reversed(Star(8, 10.0, 10.0)));
+    Fill(polygon, Regular(6, 10.0));
+    EXPECT_EQ(Corners(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, false)),
+              (std::vector<int>{5, 0, 1, 5, 1, 2, 5, 2, 3, 3, 4, 5}));
+    EXPECT_EQ(Corners(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, true)),
+              (std::vector<int>{0, 1, 2, 2, 3, 4, 5, 0, 2, 2, 4, 5}));
+    // Scaled down far enough, no corner is a corner for the tolerance;
+    // clockwise, none is an ear; a bare triangle passes no cone test.
+    EXPECT_EQ(CHPolygonTriangulator(&polygon, 1, 0.001f, 0.001f, true).GetNumTriangles(), 0);
+    Fill(polygon, Mirrored(Regular(6, 10.0)));
     EXPECT_EQ(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, false).GetNumTriangles(), 0);
     Fill(polygon, Ring{{0, 0}, {4, 0}, {0, 4}});
     EXPECT_EQ(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, true).GetNumTriangles(), 0);
-    Fill(polygon, Star(8, 10.0, 10.0));
-    EXPECT_GE(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, true).GetNumTriangles(), 5);
-    EXPECT_EQ(CHPolygonTriangulator(&polygon, 1, 0.001f, 0.001f, true).GetNumTriangles(), 0);
 
     // No source, a step below 1 or beyond the source, or fewer than three
     // points leave the object empty.
     EXPECT_EQ(CHPolygonTriangulator(static_cast<CSSE2dPolygon*>(nullptr), 1, 1.0f, 1.0f, true).GetNum2dPoints(), 0);
-    for (int step : {0, -2, 9}) EXPECT_EQ(CHPolygonTriangulator(&polygon, step, 1.0f, 1.0f, true).GetNum2dPoints(), 0);
+    for (int step : {0, -2, 4}) EXPECT_EQ(CHPolygonTriangulator(&polygon, step, 1.0f, 1.0f, true).GetNum2dPoints(), 0);
     Fill(polygon, Ring{{0, 0}, {4, 0}});
     CHPolygonTriangulator empty(&polygon, 1, 1.0f, 1.0f, true);
     EXPECT_EQ(empty.GetNumTriangles(), 0);
@@ -234,14 +218,13 @@ TEST(CHPolygonTriangulator, StepThinsTheSourceAndScalesApplyToTheVertices)
               (std::vector<Lanes4>{{0, 10, 9, 0}, {0, 0, 0, 0}, {10, 0, 3, 0}}));
 
     // Out of range, or from a planar source, nothing is written.
-    const SSEPoint untouched = vek::test::Sse(-7, -7, -7, -7);
-    SSEPoint p = untouched;
+    SSEPoint p = vek::test::Sse(-7, -7, -7, -7);
     fromSpatial.GetTriangle3D(2, p, p, p);
     fromSpatial.GetTriangle3D(-1, p, p, p);
     CSSE2dPolygon planar;
     Fill(planar, dense);
     CHPolygonTriangulator(&planar, 2, 1.0f, 1.0f, false).GetTriangle3D(0, p, p, p);
-    EXPECT_EQ(Lanes(p), Lanes(untouched));
+    EXPECT_EQ(Lanes(p), (Lanes4{-7, -7, -7, -7}));
 }
 
 TEST(CHPolygonTriangulator, ClipsConvexConcaveCombAndSpiralPolygonsInBothOrientations)
@@ -250,10 +233,10 @@ TEST(CHPolygonTriangulator, ClipsConvexConcaveCombAndSpiralPolygonsInBothOrienta
         const char* name;
         Ring ring;
     } shapes[] = {
-        {"convex", Star(17, 100.0, 100.0)},
-        {"star", Star(18, 100.0, 35.0)},
+        {"convex", Regular(17, 100.0)},
+        {"star", Polar(18, 18, [](int i, double) { return i % 2 == 0 ? 100.0 : 35.0; })},
         {"comb", Comb(12)},
-        {"spiral", Spiral(2.5, 36)},
+        {"spiral", Spiral()},
     };
     for (const auto& shape : shapes) {
         for (bool behindHead : {false, true}) {
@@ -262,12 +245,10 @@ TEST(CHPolygonTriangulator, ClipsConvexConcaveCombAndSpiralPolygonsInBothOrienta
             Fill(counterClockwise, shape.ring);
             ExpectClippedInside(CHPolygonTriangulator(&counterClockwise, 1, 1.0f, 1.0f, behindHead), shape.ring, true);
 
-            // A clockwise ring is taken in the mirror, by a negative y scale.
-            const Ring reversed = Reversed(shape.ring);
+            // A clockwise ring is taken back in the mirror by a y scale of -1.
             CSSE3dPolygon clockwise;
-            Fill(clockwise, reversed);
-            ExpectClippedInside(CHPolygonTriangulator(&clockwise, 1, 1.0f, -1.0f, 1.0f, behindHead),
-                                Mirrored(reversed), true);
+            Fill(clockwise, Mirrored(shape.ring));
+            ExpectClippedInside(CHPolygonTriangulator(&clockwise, 1, 1.0f, -1.0f, 1.0f, behindHead), shape.ring, true);
         }
     }
 }
