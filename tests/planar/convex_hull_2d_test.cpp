@@ -78,7 +78,9 @@ TEST(CHConvexHull2D, SmallAndDegenerateSetsKeepOnlyRealCorners)
         // lowest point (0, 0) and go in the sort; the top midpoint in the scan.
         {"square", {{10, 10, 1}, {5, 5, 2}, {0, 10, 3}, {5, 0, 4}, {10, 0, 5}, {0, 0, 6}, {5, 10, 7}},
          {{0, 0, 6}, {10, 0, 5}, {10, 10, 1}, {0, 10, 3}}},
-        {"all on one line", {{6, 3, 0}, {0, 0, 1}, {10, 5, 2}, {2, 1, 3}, {8, 4, 4}, {4, 2, 5}}, {{0, 0, 1}, {10, 5, 2}}},
+        {"all on one line",
+         {{6, 3, 0}, {0, 0, 1}, {10, 5, 2}, {2, 1, 3}, {8, 4, 4}, {4, 2, 5}},
+         {{0, 0, 1}, {10, 5, 2}}},
         {"three given clockwise", {{0, 0, 0}, {0, 4, 1}, {4, 0, 2}}, {{0, 0, 0}, {4, 0, 2}, {0, 4, 1}}},
         // Of two points at one place the sort drops the one with the lower
         // index; at the lowest point the first one found stays, as the pivot.
@@ -128,7 +130,9 @@ TEST(CHConvexHull2D, WildCoordinatesNeitherCrashNorLeaveTheInput)
     for (int round = 0; round < 150; ++round) {
         std::vector<Xyz> points;
         const int count = 1 + static_cast<int>(random() % 40);
-        for (int i = 0; i < count; ++i) points.push_back({wild[random() % 8], wild[random() % 8], static_cast<float>(i)});
+        for (int i = 0; i < count; ++i) {
+            points.push_back({wild[random() % 8], wild[random() % 8], static_cast<float>(i)});
+        }
         const std::vector<Xyz> hull = HullOf(points);
         EXPECT_LE(hull.size(), points.size());
         for (const Xyz& p : hull) EXPECT_EQ(std::memcmp(&p, &points[static_cast<size_t>(p.z)], sizeof(Xyz)), 0);

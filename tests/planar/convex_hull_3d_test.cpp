@@ -115,7 +115,8 @@ TEST(CHConvexHull3D, InputIsRoundedOntoTheGridOnceAndReadBackInItsUnits)
     for (tFaceStructure* f : FacesOf(hull)) {
         for (int i = 0; i < 3; ++i) read.insert(Lanes(hull.GetVertexFromFace3D(f, i, scale)));
     }
-    EXPECT_EQ(read, (std::set<Lanes4>{{1, 2, 3, 0}, {0, 0, 0, 0}, {0.2f, 0, 0, 0}, {0, -0.1f, 0, 0}, {0, 0, -0.2f, 0}}));
+    EXPECT_EQ(read,
+              (std::set<Lanes4>{{1, 2, 3, 0}, {0, 0, 0, 0}, {0.2f, 0, 0, 0}, {0, -0.1f, 0, 0}, {0, 0, -0.2f, 0}}));
     EXPECT_EQ(Lanes(hull.GetVertexFromFace(hull.GetFaces(), 3)), (Lanes4{}));
     EXPECT_EQ(Lanes(hull.GetVertexFromFace(nullptr, 0)), (Lanes4{}));
 
@@ -165,7 +166,7 @@ TEST(CHConvexHull3D, RandomSpatialAndLiftedPointSetsAreEnclosedByTheirCorners)
             const Grid p{next(1000), next(1000), next(1000)};
             if (std::count(spatial.begin(), spatial.end(), p) != 0) continue;
             spatial.push_back(p);
-            spatialHull.AppendVertex3D(static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2]), 1.0f);
+            spatialHull.AppendVertex3D(float(p[0]), float(p[1]), float(p[2]), 1.0f);
         }
         while (static_cast<int>(lifted.size()) < count) {
             const long long x = next(200), y = next(200);
@@ -187,7 +188,7 @@ TEST(CHConvexHull3D, RandomSpatialAndLiftedPointSetsAreEnclosedByTheirCorners)
     CHConvexHull3D hull;
     for (long long i = 0; i < 125; ++i) {
         block.push_back({i / 25, (i / 5 % 5) * 3 % 5, i % 5});
-        hull.AppendVertex3D(static_cast<float>(i / 25), static_cast<float>(block.back()[1]), static_cast<float>(i % 5), 1);
+        hull.AppendVertex3D(float(block[i][0]), float(block[i][1]), float(block[i][2]), 1.0f);
     }
     hull.CalcConvexHull();
     ExpectClosedHull(hull, block);

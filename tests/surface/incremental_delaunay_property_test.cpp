@@ -101,7 +101,8 @@ struct Families {
     {
         PointSet points = Uniform(n);
         for (int i = 0; i < 12; ++i) {
-            points.insert(points.end(), {{4.0 + 7.5 * i, 50.0}, {33.0, 6.0 + 7.0 * i}, {10.0 + 6.0 * i, 12.0 + 6.0 * i}});
+            points.insert(points.end(),
+                          {{4.0 + 7.5 * i, 50.0}, {33.0, 6.0 + 7.0 * i}, {10.0 + 6.0 * i, 12.0 + 6.0 * i}});
         }
         return points;
     }

@@ -169,28 +169,6 @@ TEST(TriangleGraph, AngleFlipTurnsTheDiagonalOnceAndKeepsTheLinks)
     EXPECT_EQ(e.upper->Vertex[0], 3);
 }
 
-TEST(TriangleGraph, OrientationCountsOnlyClearlyCounterClockwiseTriangles)
-{
-    Graph g(10);
-    for (const SSEPoint& p : {P(0, 0), P(10, 0), P(0, 10), P(20, 0)}) g.AppendVertex(p);
-    t_hdelaunaytriangle* ccw = Add(g, 0, 1, 2);
-    EXPECT_EQ(g.GetOrientation(ccw), 1);
-    EXPECT_EQ(g.GetOrientation(Add(g, 0, 1, 3)), -1);  // collinear
-    EXPECT_EQ(g.GetOrientation(Add(g, 1, 0, 2)), -1);
-
-    // Turning one of two linked triangles keeps each slot across its side.
-    t_hdelaunaytriangle* other = Add(g, 2, 1, 3);
-    Graph::FindNeighbours(ccw, other);
-    Graph::FlipTriangleOrientationWithNeigbour(ccw);
-    EXPECT_EQ(g.GetOrientation(ccw), -1);
-    EXPECT_EQ(ccw->Neighbour[2], other);
-    EXPECT_EQ(Graph::FindCommonSide(2, ccw, other), eSide0);
-    g.FinalizeTriangleList();
-    g.FlipAllTrianglesOrientation();
-    EXPECT_TRUE(g.IsFinalized());
-    EXPECT_EQ(g.GetOrientation(ccw), 1);
-}
-
 TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
 {
     // A closed fan with an ear hanging on its outer side 1-2.
@@ -374,7 +352,7 @@ TEST(TriangleGraph, CentreSplitHandsThreeTrianglesToTheList)
     EXPECT_EQ(LinkFault(Triangles(g.GetTriangleList())), "");
 }
 
-TEST(TriangleGraph, ReindexingBoxCentresAndNormals)
+TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
 {
     // The triangles name corners of another store; afterwards they name the
     // same points in their own, each stored once.
@@ -389,15 +367,23 @@ TEST(TriangleGraph, ReindexingBoxCentresAndNormals)
     EXPECT_EQ(CornersOf(Triangles(r.GetTriangleList())[1]), (std::vector<int>{2, 1, 3}));
     EXPECT_EQ(vek::test::Lanes(r.GetVertex(3)), (vek::test::Lanes4{1, 1, 0, 0}));
 
+    // The plane z = x: the unit normal of a counter-clockwise triangle is
+    // (-1, 0, 1) / sqrt(2). Only clearly counter-clockwise triangles count
+    // as such; a collinear one does not.
     Graph g(10);
     g.CalcBoundingBox();
     EXPECT_EQ(g.GetMinPoint().x, 999999.9f);
     EXPECT_EQ(g.GetMaxPoint().w, -999999.9f);
-    // The plane z = x: the unit normal of a counter-clockwise triangle is
-    // (-1, 0, 1) / sqrt(2).
-    for (const SSEPoint& p : {P(0, 0, 0), P(4, 0, 4), P(0, 6, 0), P(4, 6, 4)}) g.AppendVertex(p);
+    for (const SSEPoint& p : {P(0, 0, 0), P(4, 0, 4), P(0, 6, 0), P(4, 6, 4), P(8, 0, 8)}) g.AppendVertex(p);
     t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
     t_hdelaunaytriangle* b = Add(g, 2, 1, 3);
+    Graph::FindNeighbours(a, b);
+    EXPECT_EQ(g.GetOrientation(a), 1);
+    EXPECT_EQ(g.GetOrientation(b), 1);
+    t_hdelaunaytriangle flat{};
+    flat.Vertex[1] = 1;
+    flat.Vertex[2] = 4;
+    EXPECT_EQ(g.GetOrientation(&flat), -1);
     g.ComputeNormalVectorsOfTriangles();
     const float h = 1.0f / std::sqrt(2.0f);
     EXPECT_NEAR(a->Normal->x, -h, 1e-6);
@@ -405,16 +391,26 @@ TEST(TriangleGraph, ReindexingBoxCentresAndNormals)
     EXPECT_EQ(b->Normal->y, 0.0f);
     EXPECT_TRUE(g.CalcNormalDirection());
     EXPECT_TRUE(g.IsFinalized());
-    g.FlipAllTrianglesOrientation();
-    EXPECT_FALSE(g.CalcNormalDirection());
+    // The box spans the corners of the triangles; the centre point is the
+    // mean of all vertices, the one at (8, 0, 8) in no triangle included.
     g.CalcBoundingBox();
     EXPECT_EQ(g.GetMaxPoint().y, 6.0f);
     EXPECT_EQ(g.GetCenterPoint().x, 2.0f);
-    g.ComputeCentresOfTriangles();
-    EXPECT_FLOAT_EQ(a->Center->y, 2.0f);
-    EXPECT_FLOAT_EQ(b->Center->x, 8.0f / 3.0f);
     g.CalcCenterPoint();
-    EXPECT_EQ(g.GetCenterPoint().z, 2.0f);
+    EXPECT_FLOAT_EQ(g.GetCenterPoint().z, 3.2f);
+
+    // Turning one of two linked triangles keeps each slot across its side;
+    // turning all of them keeps the finalized state.
+    Graph::FlipTriangleOrientationWithNeigbour(a);
+    EXPECT_EQ(g.GetOrientation(a), -1);
+    EXPECT_EQ(a->Neighbour[2], b);
+    EXPECT_EQ(Graph::FindCommonSide(2, a, b), eSide0);
+    g.FlipAllTrianglesOrientation();
+    EXPECT_TRUE(g.IsFinalized());
+    EXPECT_EQ(g.GetOrientation(a), 1);
+    EXPECT_TRUE(g.CalcNormalDirection());  // one up, one down: a mean z of 0 faces up
+    Graph::FlipTriangleOrientationWithNeigbour(a);
+    EXPECT_FALSE(g.CalcNormalDirection());
 }
 
 } // namespace

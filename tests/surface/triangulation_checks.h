@@ -87,7 +87,8 @@ inline std::string LinkFault(const std::vector<t_hdelaunaytriangle*>& triangles)
             const std::set<int> side = {t->Vertex[s], t->Vertex[(s + 1) % 3]};
             bool returned = false;
             for (int k = 0; k < 3; ++k) {
-                returned = returned || (n->Neighbour[k] == t && std::set<int>{n->Vertex[k], n->Vertex[(k + 1) % 3]} == side);
+                const std::set<int> sideOfN = {n->Vertex[k], n->Vertex[(k + 1) % 3]};
+                returned = returned || (n->Neighbour[k] == t && sideOfN == side);
             }
             if (!returned) return "link not returned across the same side";
         }
