@@ -157,12 +157,9 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
     d.ComputeNormalVectorsOfTriangles();
     AddTriangle(d, P(16, 0, 1), P(17, 0, 1), P(16, 0.4f, 1));
     d.CalcBoundingBox();
-    const auto sampled = [&](Form form, int first, int last, bool keepMax, float zMax = 2.5f, float zMin = -1.0f,
-                             bool inner = false) {
+    const auto sampled = [&](auto... formAndStretch) {
         std::set<int> triangles;
-        for (const auto& cell : Written(d, 18, 1, form, first, last, keepMax, zMax, zMin, inner)) {
-            triangles.insert(cell.first / 4);
-        }
+        for (const auto& cell : Written(d, 18, 1, formAndStretch...)) triangles.insert(cell.first / 4);
         return triangles;
     };
     using S = std::set<int>;

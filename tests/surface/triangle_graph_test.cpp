@@ -11,15 +11,11 @@
 namespace {
 
 using Graph = ZrCIncrementalDelaunay2D;
+using vek::test::AddTriangle;
 using vek::test::LinkFault;
 using vek::test::P;
 using vek::test::Triangles;
 using Fan = std::vector<t_hdelaunaytriangle*>;
-
-t_hdelaunaytriangle* Add(Graph& g, int a, int b, int c)
-{
-    return vek::test::AddTriangle(g, a, b, c);
-}
 
 void LinkAll(const Fan& triangles)
 {
@@ -42,8 +38,8 @@ Fan MakeFan(Graph& g, bool closed)
     g.AppendVertex(P(0, 0));
     for (int i = 0; i < 6; ++i) g.AppendVertex(P(10 * std::cos(1.0471976f * i), 10 * std::sin(1.0471976f * i)));
     Fan fan;
-    for (int i = 1; i <= 5; ++i) fan.push_back(Add(g, 0, i, i + 1));
-    if (closed) fan.push_back(Add(g, 0, 6, 1));
+    for (int i = 1; i <= 5; ++i) fan.push_back(AddTriangle(g, 0, i, i + 1));
+    if (closed) fan.push_back(AddTriangle(g, 0, 6, 1));
     LinkAll(fan);
     return fan;
 }
@@ -51,9 +47,9 @@ Fan MakeFan(Graph& g, bool closed)
 TEST(TriangleGraph, SidesAreComparedByVertexIndex)
 {
     Graph g(10);
-    t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
-    t_hdelaunaytriangle* b = Add(g, 2, 1, 3);
-    t_hdelaunaytriangle* lone = Add(g, 4, 5, 6);
+    t_hdelaunaytriangle* a = AddTriangle(g, 0, 1, 2);
+    t_hdelaunaytriangle* b = AddTriangle(g, 2, 1, 3);
+    t_hdelaunaytriangle* lone = AddTriangle(g, 4, 5, 6);
     EXPECT_EQ(Graph::FindCommonSide(a, a), eSide0);
     EXPECT_EQ(Graph::FindCommonSide(a, b), eSide1);
     EXPECT_EQ(Graph::FindCommonSide(1, a, b), eSide0);  // 1-2 is b's 2-1
@@ -127,9 +123,9 @@ struct Diamond {
     explicit Diamond(float cy = 1.0f)
     {
         for (const SSEPoint& p : {P(0, 0), P(10, 0), P(5, cy), P(5, -1), P(10, 5)}) g.AppendVertex(p);  // A B C D E
-        upper = Add(g, 0, 1, 2);
-        lower = Add(g, 1, 0, 3);
-        outer = Add(g, 1, 4, 2);
+        upper = AddTriangle(g, 0, 1, 2);
+        lower = AddTriangle(g, 1, 0, 3);
+        outer = AddTriangle(g, 1, 4, 2);
         LinkAll({upper, lower, outer});
     }
 };
@@ -175,7 +171,7 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     const auto fanWithEar = [](Graph& g) {
         Fan fan = MakeFan(g, true);
         g.AppendVertex(P(12, 5));
-        Graph::FindNeighbours(fan[0], Add(g, 1, 7, 2));
+        Graph::FindNeighbours(fan[0], AddTriangle(g, 1, 7, 2));
         return fan;
     };
     // An enclosed marked triangle is taken back; one at the border is freed
@@ -207,7 +203,7 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     fanWithEar(closed);
     closed.DeleteAllTrianglesWithNULLNeighbour();  // fan triangle 1, closed by the ear, goes in a second pass
     EXPECT_EQ(closed.GetNumTrianglesInTriangleList(), 0);
-    Add(h, 0, 1, 2);
+    AddTriangle(h, 0, 1, 2);
     h.FinalizeTriangleList();
     h.DeleteTrianglesWithoutNeighbours();
     EXPECT_FALSE(h.IsFinalized());
@@ -248,10 +244,10 @@ TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
     // Two triangles folded onto each other, each with the other in two
     // slots: the repair links the outer neighbours past the pair and marks it.
     Graph g(10);
-    t_hdelaunaytriangle* t = Add(g, 0, 1, 2);
-    t_hdelaunaytriangle* x = Add(g, 1, 0, 2);
-    t_hdelaunaytriangle* z = Add(g, 0, 2, 3);
-    t_hdelaunaytriangle* y = Add(g, 2, 0, 4);
+    t_hdelaunaytriangle* t = AddTriangle(g, 0, 1, 2);
+    t_hdelaunaytriangle* x = AddTriangle(g, 1, 0, 2);
+    t_hdelaunaytriangle* z = AddTriangle(g, 0, 2, 3);
+    t_hdelaunaytriangle* y = AddTriangle(g, 2, 0, 4);
     t->Neighbour[0] = t->Neighbour[1] = x;
     t->Neighbour[2] = z;
     x->Neighbour[0] = x->Neighbour[2] = t;
@@ -266,8 +262,8 @@ TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
 
     // Signed triangles leave the list unfreed; marked ones are copied out.
     Graph s(10);
-    t_hdelaunaytriangle* kept = Add(s, 0, 1, 2);
-    t_hdelaunaytriangle* chosen = Add(s, 2, 1, 3);
+    t_hdelaunaytriangle* kept = AddTriangle(s, 0, 1, 2);
+    t_hdelaunaytriangle* chosen = AddTriangle(s, 2, 1, 3);
     chosen->Signed = true;
     s.RemoveSignedTriangles();
     EXPECT_TRUE(s.IsFinalized());
@@ -301,8 +297,8 @@ TEST(TriangleGraph, OpenSidesBecomeEdges)
     // In triangle order, then side order; with the outside rule a side
     // towards an Outside triangle is open too.
     Graph g(10);
-    t_hdelaunaytriangle* inner = Add(g, 0, 1, 2);
-    t_hdelaunaytriangle* beyond = Add(g, 2, 1, 3);
+    t_hdelaunaytriangle* inner = AddTriangle(g, 0, 1, 2);
+    t_hdelaunaytriangle* beyond = AddTriangle(g, 2, 1, 3);
     Graph::FindNeighbours(inner, beyond);
     beyond->Outside = true;
     g.IsolateEdgesWithoutNeighbour();
@@ -331,8 +327,8 @@ TEST(TriangleGraph, CentreSplitHandsThreeTrianglesToTheList)
 {
     Graph g(10);
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(10, 10), P(0, 10), P(7, 3)}) g.AppendVertex(p);
-    t_hdelaunaytriangle* lower = Add(g, 0, 1, 2);
-    t_hdelaunaytriangle* upper = Add(g, 0, 2, 3);
+    t_hdelaunaytriangle* lower = AddTriangle(g, 0, 1, 2);
+    t_hdelaunaytriangle* upper = AddTriangle(g, 0, 2, 3);
     Graph::FindNeighbours(lower, upper);
     CList<t_hdelaunaytriangle*> made;
     g.BuildNewTriangles(4, lower, &made);
@@ -359,8 +355,8 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
     ZrCSSEVertexContainer source(10);
     for (const SSEPoint& p : {P(9, 9, 9), P(0, 0), P(1, 0), P(0, 1), P(1, 1)}) source.AppendVertex(p);
     Graph r(1);
-    Add(r, 1, 2, 3);
-    Add(r, 3, 2, 4);
+    AddTriangle(r, 1, 2, 3);
+    AddTriangle(r, 3, 2, 4);
     r.CopyVertexArray(source);
     EXPECT_EQ(r.GetNumVertices(), 4);
     EXPECT_EQ(r.GetMaxNumVertices(), 5);
@@ -375,8 +371,8 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
     EXPECT_EQ(g.GetMinPoint().x, 999999.9f);
     EXPECT_EQ(g.GetMaxPoint().w, -999999.9f);
     for (const SSEPoint& p : {P(0, 0, 0), P(4, 0, 4), P(0, 6, 0), P(4, 6, 4), P(8, 0, 8)}) g.AppendVertex(p);
-    t_hdelaunaytriangle* a = Add(g, 0, 1, 2);
-    t_hdelaunaytriangle* b = Add(g, 2, 1, 3);
+    t_hdelaunaytriangle* a = AddTriangle(g, 0, 1, 2);
+    t_hdelaunaytriangle* b = AddTriangle(g, 2, 1, 3);
     Graph::FindNeighbours(a, b);
     EXPECT_EQ(g.GetOrientation(a), 1);
     EXPECT_EQ(g.GetOrientation(b), 1);
