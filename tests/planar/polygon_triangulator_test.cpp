@@ -272,14 +272,6 @@ TEST(CHPolygonTriangulator, CollinearRunsAndRepeatedPointsStayInside)
             ExpectClippedInside(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, behindHead), *ring, false);
         }
     }
-    // Along a straight edge the middle points make no ear while their
-    // neighbours stand: searching on from vertex 1, the first ear is the
-    // corner at 10.
-    CSSE2dPolygon polygon;
-    Fill(polygon, dotted);
-    CHPolygonTriangulator t(&polygon, 1, 1.0f, 1.0f, true);
-    ASSERT_GT(t.GetNumTriangles(), 0);
-    EXPECT_EQ(t.GetConnectivityArray()[0].b, 10);
 }
 
 } // namespace
