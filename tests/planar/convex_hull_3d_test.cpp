@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "support/exit_guard.h"
 #include "support/sse_lanes.h"
 #include "vekdll/planar/convex_hull_3d.h"
-#include "vekdll/platform/user_hooks.h"
 
 namespace {
 
@@ -24,14 +24,6 @@ class OpenHull : public CHConvexHull3D {
 public:
     using CHConvexHull3D::VertexCount;
 };
-
-struct ExitCalled {
-    int code;
-};
-
-// For the whole run the process exit throws: a hull that wrongly finds its
-// input flat then fails its test instead of ending the program with code 0.
-[[maybe_unused]] const vek::ExitHandler kProcessExit = vek::SetExitHandler([](int code) { throw ExitCalled{code}; });
 
 std::vector<tFaceStructure*> FacesOf(const CHConvexHull3D& hull)
 {
@@ -229,7 +221,7 @@ TEST(CHConvexHull3D, FlatOrWildInputEndsOrReachesTheExitHook)
         }
         try {
             hull.CalcConvexHull();
-        } catch (const ExitCalled& exit) {
+        } catch (const vek::test::ProcessExitRequested& exit) {
             return exit.code;
         }
         EXPECT_EQ(static_cast<int>(FacesOf(hull).size()), hull.GetNumFaces());

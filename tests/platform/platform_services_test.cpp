@@ -43,9 +43,10 @@ TEST(UserHooksTest, HandlersReplaceAndRestoreTheDefaults)
     }
     EXPECT_FALSE(vek::AskPath({}).has_value()); // the default again: the user cancelled
 
-    vek::SetExitHandler([](int code) { throw std::runtime_error("exit " + std::to_string(code)); });
+    const vek::ExitHandler previousExit =
+        vek::SetExitHandler([](int code) { throw std::runtime_error("exit " + std::to_string(code)); });
     EXPECT_THROW(vek::ExitProgram(0), std::runtime_error);
-    vek::SetExitHandler(nullptr);
+    vek::SetExitHandler(previousExit);
 }
 
 TEST(FrameworkExceptionsTest, DeriveFromTheStandardExceptions)
