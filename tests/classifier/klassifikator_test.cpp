@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <tuple>
 #include <unistd.h>
 
 #include "classifier/classifier_helpers.h"
@@ -17,17 +18,14 @@ using vek::test::SerializeToBytes;
 
 namespace {
 
-// Two classes of one element each: (1, 2) in class 0 and (3, 4) in class 1.
 void FillTwoClasses(ZrCKlassifikator& k)
 {
-    k.setNumClasses(2);
-    k.AddEntryTrainingset(NewElement({1, 2}, 0));
-    k.AddEntryTrainingset(NewElement({3, 4}, 1));
+    vek::test::Fill(k, 2, {{1, 2, 0}, {3, 4, 1}});
 }
 
 TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetButNoModels)
 {
-    ZrCBayesKlassifikator k;
+    ZrCBayesKlassifikator k, source, copy;
     FillTwoClasses(k);
     k.Training(false);
     k.setNumClasses(2); // the same value is no change
@@ -37,17 +35,14 @@ TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetBu
     list.AddTail(NewElement({1, 2, 3, 4}, 0));
     list.AddTail(NewElement({1}, 1));
     k.AddEntriesTrainingset(&list);
-    EXPECT_EQ(std::pair(k.NumFeatures, k.Trained), std::pair(4, false));
-    EXPECT_EQ(k.TrainingSet.GetCount(), 4);
+    EXPECT_EQ(std::tuple(k.NumFeatures, k.Trained, k.TrainingSet.GetCount()), std::tuple(4, false, 4));
 
-    ZrCBayesKlassifikator source, copy;
     FillTwoClasses(source);
     source.Training(false);
     copy.AddEntryTrainingset(NewElement({9, 9, 9}, 0));
     copy.CopyFrom(&source);
     copy.CopyFrom(&copy);
-    EXPECT_EQ(std::pair(copy.NumClasses, copy.NumFeatures), std::pair(2, 2));
-    EXPECT_TRUE(copy.Patterns.IsEmpty() && !copy.Trained);
+    EXPECT_EQ(std::tuple(copy.NumClasses, copy.NumFeatures, copy.Patterns.IsEmpty(), copy.Trained), std::tuple(2, 2, true, false));
     EXPECT_NE(copy.TrainingSet.GetHead(), source.TrainingSet.GetHead());
     EXPECT_EQ(SerializeToBytes(copy), SerializeToBytes(source));
     EXPECT_THROW(copy.CopyFrom(nullptr), CInvalidArgException);
@@ -55,17 +50,16 @@ TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetBu
 
 TEST(ZrCKlassifikatorArchive, TwoElementsOfThreeFeaturesTakeFortyEightBytes)
 {
-    ZrCKlassifikator k;
+    ZrCKlassifikator k, loaded;
     k.setNumClasses(2);
     k.AddEntryTrainingset(NewElement({1.0f, 2.0f, -0.5f}, 1));
     k.AddEntryTrainingset(NewElement({0.25f, 3.0f, 100.0f}, 0));
     const std::vector<BYTE> expected = {
-        2, 0, 0, 0, 2, 0, 0, 0,                                              // count, NumClasses
-        3, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0x40, 0, 0, 0, 0xBF, // 3, class 1: 1.0, 2.0, -0.5
+        2, 0, 0, 0, 2, 0, 0, 0,                                                 // count, NumClasses
+        3, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0x40, 0, 0, 0, 0xBF,       // 3, class 1: 1.0, 2.0, -0.5
         3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x3E, 0, 0, 0x40, 0x40, 0, 0, 0xC8, 0x42, // 3, class 0: 0.25, 3.0, 100.0
     };
     EXPECT_EQ(SerializeToBytes(k), expected);
-    ZrCKlassifikator loaded;
     loaded.AddEntryTrainingset(NewElement({9}, 5)); // replaced by the load
     SerializeFromBytes(loaded, expected);
     EXPECT_EQ(std::pair(loaded.NumClasses, loaded.NumFeatures), std::pair(2, 3));
@@ -104,25 +98,20 @@ TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowA
     for (std::size_t size = 0; size < valid.size(); ++size) {
         EXPECT_NE(LoadFailureCause(std::vector<BYTE>(valid.begin(), valid.begin() + static_cast<long>(size))), CArchiveException::none) << size;
     }
-    // Negative counts, classes and lengths, counts far beyond the stream (refused
-    // before anything is allocated for them: an attempt would end in
-    // CMemoryException), and lengths 1 and 2 in one set.
+    // Negative counts, classes and lengths, counts far beyond the stream
+    // (refused before anything is allocated for them), lengths 1 and 2 in one set.
     for (const auto& ints : {Ints({-1, 2}), Ints({0, -3}), Ints({1, 2, -4, 0}), Ints({0x7FFFFFFF, 2, 1, 0}),
                              Ints({1, 2, 0x7FFFFFFF, 0}), Ints({2, 2, 1, 0, 0, 2, 0, 0, 0})}) {
         EXPECT_EQ(LoadFailureCause(ints), CArchiveException::badIndex) << ints.size() << " bytes";
     }
     EXPECT_EQ(LoadFailureCause(Ints({0, 4})), CArchiveException::none);
-
+    // Random streams and valid ones with a few bytes changed; the check is in LoadFailureCause.
     std::mt19937 engine(4711);
     for (int trial = 0; trial < 400; ++trial) {
         std::vector<BYTE> bytes = valid;
-        if (trial % 2 == 0) {
-            bytes.resize(engine() % 64);
-            for (BYTE& b : bytes) b = static_cast<BYTE>(engine());
-        } else {
-            for (int flips = 1 + static_cast<int>(engine() % 4); flips > 0; --flips) bytes[engine() % bytes.size()] = static_cast<BYTE>(engine());
-        }
-        LoadFailureCause(bytes); // checks the classifier either way
+        if (trial % 2 == 0) bytes.assign(engine() % 64, 0);
+        for (BYTE& b : bytes) b = trial % 2 == 0 || engine() % 8 == 0 ? static_cast<BYTE>(engine()) : b;
+        LoadFailureCause(bytes);
     }
 }
 
@@ -130,31 +119,26 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
 {
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("vekdll_cls_" + std::to_string(::getpid()));
     std::filesystem::create_directories(folder);
-    const std::string path = (folder / "set.cls").string();
     ZrCKlassifikator k, loaded;
     FillTwoClasses(k);
     {
-        vek::test::RecordedHooks hooks(path);
+        vek::test::RecordedHooks hooks((folder / "set.cls").string());
         k.SaveTrainingsData();
         loaded.LoadTrainingsData();
         EXPECT_EQ(SerializeToBytes(loaded), SerializeToBytes(k));
-        ASSERT_EQ(hooks.requests.size(), 2u);
-        EXPECT_EQ(std::pair(hooks.requests[0].forOpening, hooks.requests[0].promptOverwrite), std::pair(false, true));
-        EXPECT_TRUE(hooks.requests[1].forOpening);
-        for (const vek::PathRequest& request : hooks.requests) {
-            EXPECT_EQ(request.defaultExtension + " " + request.filter, "cls Classifier Files (*.cls)|*.cls||");
-        }
+        std::string asked; // opening, overwrite prompt, extension and filter of each request
+        for (const vek::PathRequest& r : hooks.requests) asked += std::to_string(r.forOpening) + std::to_string(r.promptOverwrite) + r.defaultExtension + r.filter + " ";
+        EXPECT_EQ(asked, "01clsClassifier Files (*.cls)|*.cls|| 10clsClassifier Files (*.cls)|*.cls|| ");
     }
-    EXPECT_EQ(std::filesystem::file_size(path), 8u + 2u * (8u + 8u));
+    // Cancelled or empty answers, a missing file and a folder change nothing and say nothing.
     for (std::optional<std::string> reply : {std::optional<std::string>(), std::optional<std::string>("")}) {
         vek::test::RecordedHooks cancelled(reply);
         loaded.Trained = true;
         k.SaveTrainingsData();
         loaded.LoadTrainingsData();
         loaded.LoadTrainingsData((folder / "missing.cls").string());
-        loaded.LoadTrainingsData(folder.string()); // the folder itself
-        EXPECT_TRUE(loaded.Trained);
-        EXPECT_TRUE(cancelled.messages.empty());
+        loaded.LoadTrainingsData(folder.string());
+        EXPECT_TRUE(loaded.Trained && cancelled.messages.empty());
     }
     vek::test::RecordedHooks hooks;
     k.SaveTrainingsData((folder / "no/such/folder/set.cls").string());
