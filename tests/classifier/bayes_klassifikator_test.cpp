@@ -13,9 +13,7 @@
 
 using testing::FloatEq;
 using testing::Pointwise;
-using vek::test::Fill;
-using vek::test::NewElement;
-using vek::test::NewSample;
+using namespace vek::test;
 
 namespace {
 
@@ -108,7 +106,7 @@ TEST(ZrCBayesKlassifikator, SeparatesGaussianCloudsAndALoadedTrainingSetTrainsTo
     ZrCBayesKlassifikator k, loaded;
     k.setNumClasses(3);
     for (int i = 0; i < 600; ++i) k.AddEntryTrainingset(NewSample(engine, means[i % 3], 1.0f, i % 3));
-    vek::test::SerializeFromBytes(loaded, vek::test::SerializeToBytes(k));
+    SerializeFromBytes(loaded, SerializeToBytes(k));
     k.Training(false);
     loaded.Training(false);
     // Three standard deviations from each half-way plane: about one sample in
@@ -124,7 +122,7 @@ TEST(ZrCBayesKlassifikator, SeparatesGaussianCloudsAndALoadedTrainingSetTrainsTo
 
 TEST(ZrCBayesKlassifikator, ShownTrainingReportHoldsTheFirstNineMeans)
 {
-    vek::test::RecordedHooks hooks;
+    RecordedHooks hooks;
     ZrCBayesKlassifikator k, quiet;
     k.setNumClasses(2);
     k.AddEntryTrainingset(NewElement({1, 2, 3, 4, 5, 6, 7, 8, 10.5f, 99}, 0));

@@ -12,15 +12,13 @@
 #include "vekdll/classifier/bayes_klassifikator.h"
 #include "vekdll/platform/framework_exceptions.h"
 
-using vek::test::NewElement;
-using vek::test::SerializeFromBytes;
-using vek::test::SerializeToBytes;
+using namespace vek::test;
 
 namespace {
 
 void FillTwoClasses(ZrCKlassifikator& k)
 {
-    vek::test::Fill(k, 2, {{1, 2, 0}, {3, 4, 1}});
+    Fill(k, 2, {{1, 2, 0}, {3, 4, 1}});
 }
 
 TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetButNoModels)
@@ -86,7 +84,7 @@ int LoadFailureCause(const std::vector<BYTE>& bytes)
 std::vector<BYTE> Ints(std::initializer_list<int> values)
 {
     std::vector<BYTE> bytes;
-    for (int v : values) vek::test::AppendBytes(bytes, v);
+    for (int v : values) AppendBytes(bytes, v);
     return bytes;
 }
 
@@ -122,7 +120,7 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
     ZrCKlassifikator k, loaded;
     FillTwoClasses(k);
     {
-        vek::test::RecordedHooks hooks((folder / "set.cls").string());
+        RecordedHooks hooks((folder / "set.cls").string());
         k.SaveTrainingsData();
         loaded.LoadTrainingsData();
         EXPECT_EQ(SerializeToBytes(loaded), SerializeToBytes(k));
@@ -132,7 +130,7 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
     }
     // Cancelled or empty answers, a missing file and a folder change nothing and say nothing.
     for (std::optional<std::string> reply : {std::optional<std::string>(), std::optional<std::string>("")}) {
-        vek::test::RecordedHooks cancelled(reply);
+        RecordedHooks cancelled(reply);
         loaded.Trained = true;
         k.SaveTrainingsData();
         loaded.LoadTrainingsData();
@@ -140,7 +138,7 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
         loaded.LoadTrainingsData(folder.string());
         EXPECT_TRUE(loaded.Trained && cancelled.messages.empty());
     }
-    vek::test::RecordedHooks hooks;
+    RecordedHooks hooks;
     k.SaveTrainingsData((folder / "no/such/folder/set.cls").string());
     EXPECT_EQ(hooks.messages, std::vector<std::string>{"ZrCKlassifikator::SaveTrainingsData: File could not be opened %s\n"});
     std::filesystem::remove_all(folder);

@@ -4,17 +4,14 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <tuple>
 #include <utility>
 
 #include "mesh_builders.h"
 #include "support/unowned_alias.h"
 #include "vekdll/platform/framework_exceptions.h"
 
-using vek::test::ExpectNear;
-using vek::test::Fill;
-using vek::test::Lanes;
-using vek::test::Lanes4;
-using vek::test::Sse;
+using namespace vek::test;
 
 namespace {
 
@@ -22,11 +19,9 @@ namespace {
 void MakeSquare(CHTriangulation& mesh)
 {
     Fill(mesh, {{{{0, 0, 1}, {1, 0, 2}, {0, 1, 3}}}, {{{1, 0, 2}, {1, 1, 4}, {0, 1, 3}}}});
-    mesh.CalcSTV();
-    mesh.CalcNormalsFromVertices();
-    mesh.CalcBoundingBox();
-    mesh.CalcCenterPoint();
-    mesh.CalcNeighbours();
+    for (auto calc : {&CHTriangulation::CalcSTV, &CHTriangulation::CalcNormalsFromVertices, &CHTriangulation::CalcBoundingBox,
+                      &CHTriangulation::CalcCenterPoint, &CHTriangulation::CalcNeighbours})
+        (mesh.*calc)();
 }
 
 TEST(CHTriangulationLife, FreeKeepsScaleAndBoxAndImpossibleCountsLeaveTheMeshEmpty)
@@ -45,35 +40,30 @@ TEST(CHTriangulationLife, FreeKeepsScaleAndBoxAndImpossibleCountsLeaveTheMeshEmp
 
 TEST(CHTriangulationLife, CopiesAreDeepWithTheMinimumInBothBoxEndsAndAssignmentShares)
 {
-    CHTriangulation source(0, 2.0f, 2.0f, 2.0f);
+    CHTriangulation source(0, 2.0f, 2.0f, 2.0f), target(7, 5.0f, 5.0f, 5.0f), alias(1, 1.0f, 1.0f, 1.0f);
     MakeSquare(source);
     CHTriangulation copy(&source);
     EXPECT_EQ(std::pair(copy.GetScaleX(), copy.GetScanConvDiagonal()), std::pair(2.0f, source.GetScanConvDiagonal()));
     for (int i = 0; i < 2; ++i) {
         const t_htriangle &s = *source.GetTriangle(i), &c = *copy.GetTriangle(i);
-        EXPECT_EQ(c.P0, copy.GetEdgeArray() + 3 * i);
-        EXPECT_EQ(Lanes(*c.N1), Lanes(*s.N1));
-        EXPECT_EQ(Lanes(*c.MaxPoint), Lanes(*s.MinPoint)) << "the maximum takes the source's minimum";
-        EXPECT_EQ(std::pair(c.Neighbour1, c.Flag), std::pair(s.Neighbour1, 13)); // still into the source
+        // The maximum takes the source's minimum; neighbours still point into the source.
+        EXPECT_EQ(std::tuple(c.P0, Lanes(*c.N1), Lanes(*c.MaxPoint), c.Neighbour1, c.Flag),
+                  std::tuple(copy.GetEdgeArray() + 3 * i, Lanes(*s.N1), Lanes(*s.MinPoint), s.Neighbour1, 13));
     }
     copy.CalcSTV();
     EXPECT_EQ(Lanes(*copy.GetTriangle(1)->MaxPoint), (Lanes4{1, 1, 4, 0}));
 
     // Into an existing mesh the box block and the scan conversion grid come
     // along, the scale does not; a copy from itself changes nothing.
-    CHTriangulation target(7, 5.0f, 5.0f, 5.0f);
     target.CopyFromHTriangulation(&source);
     target.CopyFromHTriangulation(&target);
     EXPECT_EQ(std::pair(target.GetScaleX(), target.GetScanConvDiagonal()), std::pair(5.0f, source.GetScanConvDiagonal()));
     EXPECT_EQ(Lanes(target.GetPointArray()[2]), Lanes(source.GetPointArray()[2]));
     const CHTriangulation second = source; // the C++ copy is deep as well
     EXPECT_NE(second.GetEdgeArray(), source.GetEdgeArray());
-
-    CHTriangulation alias(1, 1.0f, 1.0f, 1.0f);
-    vek::test::WithOwnBytesKept(alias, [&] {
+    WithOwnBytesKept(alias, [&] {
         alias = source;
-        EXPECT_EQ(alias.GetTriangles(), source.GetTriangles());
-        EXPECT_EQ(alias.GetPointArray(), source.GetPointArray());
+        EXPECT_EQ(std::pair(alias.GetTriangles(), alias.GetPointArray()), std::pair(source.GetTriangles(), source.GetPointArray()));
     });
 }
 
@@ -87,23 +77,22 @@ TEST(CHTriangulationLife, AppendPutsTheOtherMeshBehindAndRecomputesOnlyTheBox)
 
     mesh.AppendTriangulation(&other);
     ASSERT_EQ(mesh.GetNumTriangles(), 3);
-    EXPECT_EQ(Lanes(*mesh.GetTriangle(2)->P2), (Lanes4{5, 9, -7, 0}));
     const t_htriangle* t = mesh.GetTriangles();
+    EXPECT_EQ(Lanes(*t[2].P2), (Lanes4{5, 9, -7, 0}));
     EXPECT_EQ((std::array{t[1].Index, t[2].Index, t[0].Flag, t[2].Flag}), (std::array{1, 0, 13, 14}));
     EXPECT_EQ(Lanes(*t[0].MaxPoint), Lanes(*t[0].MinPoint));
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[0]), (Lanes4{0, 0, -7, 0}));
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{8, 9, 7, 0}));
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[2]), centre);
+    const SSEPoint* box = mesh.GetPointArray();
+    EXPECT_EQ((std::array{Lanes(box[0]), Lanes(box[1]), Lanes(box[2])}), (std::array{Lanes4{0, 0, -7, 0}, Lanes4{8, 9, 7, 0}, centre}));
 
     mesh.AppendTriangulation(&mesh); // doubles
     ASSERT_EQ(mesh.GetNumTriangles(), 6);
     for (int k = 0; k < 9; ++k) EXPECT_EQ(Lanes(mesh.GetEdgeArray()[9 + k]), Lanes(mesh.GetEdgeArray()[k]));
 }
 
-// One triangle (1, 2, 3), (4, 6, 3), (0, 5, 9) with S, T, V and the boxes current.
-void MakeOne(CHTriangulation& mesh)
+// One triangle, by default (1, 2, 3), (4, 6, 3), (0, 5, 9), with S, T, V and the boxes current.
+void MakeOne(CHTriangulation& mesh, const Triangle& corners = {{{1, 2, 3}, {4, 6, 3}, {0, 5, 9}}})
 {
-    Fill(mesh, {{{{1, 2, 3}, {4, 6, 3}, {0, 5, 9}}}});
+    Fill(mesh, {corners});
     mesh.CalcSTV();
     mesh.CalcBoundingBox();
 }
@@ -119,25 +108,20 @@ TEST(CHTriangulationGeometry, BoxCentreDerivedVectorsAndFlatNormalsComeFromTheCo
     Fill(mesh, {{{{1500000.0f, 0, 3}, {1600000.0f, 1, 0}, {1700000.0f, 0, 9}}}, {{{1500000.0f, 3, 3}, {1600000.0f, 0, 6}, {1500000.0f, 2, 3}}}});
     mesh.CalcBoundingBox();
     mesh.CalcCenterPoint();
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[0]), (Lanes4{1e6f, 0, 0, 0}));
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{1700000.0f, 3, 9, 0}));
+    EXPECT_EQ(std::pair(Lanes(mesh.GetPointArray()[0]), Lanes(mesh.GetPointArray()[1])), std::pair(Lanes4{1e6f, 0, 0, 0}, Lanes4{1700000.0f, 3, 9, 0}));
     EXPECT_EQ(mesh.GetPointArray()[2].z, 4.0f); // the mean of all six corners
 
     MakeOne(mesh);
     const t_htriangle& t = *mesh.GetTriangle(0);
-    EXPECT_EQ(Lanes(*t.S), (Lanes4{3, 4, 0, 0}));
-    EXPECT_EQ(Lanes(*t.T), (Lanes4{-1, 3, 6, 0}));
-    EXPECT_EQ(Lanes(*t.V), (Lanes4{-4, -1, 6, 0}));
-    EXPECT_EQ(Lanes(*t.MinPoint), (Lanes4{0, 2, 3, 0}));
-    EXPECT_EQ(Lanes(*t.MaxPoint), (Lanes4{4, 6, 9, 0}));
+    EXPECT_EQ((std::vector{Lanes(*t.S), Lanes(*t.T), Lanes(*t.V), Lanes(*t.MinPoint), Lanes(*t.MaxPoint)}),
+              (std::vector<Lanes4>{{3, 4, 0, 0}, {-1, 3, 6, 0}, {-4, -1, 6, 0}, {0, 2, 3, 0}, {4, 6, 9, 0}}));
     // S x T = (4*6 - 0*3, 0*(-1) - 3*6, 3*3 - 4*(-1)) = (24, -18, 13), on all three
     // corners, whichever way it faces, from either form; the main normal stays.
     *t.MainNormal = Sse(0.5f, 0.5f, 0.5f);
     const float length = std::sqrt(24.0f * 24.0f + 18.0f * 18.0f + 13.0f * 13.0f);
-    for (const std::function<void()>& calc : {std::function<void()>([&] { mesh.CalcNormalsFromVertices(); }),
-                                              std::function<void()>([&] { mesh.OrientTrianglesTowardsBBoxCenter(); })}) {
+    for (auto calc : {&CHTriangulation::CalcNormalsFromVertices, &CHTriangulation::OrientTrianglesTowardsBBoxCenter}) {
         *t.N1 = Sse(0, 0, 0);
-        calc();
+        (mesh.*calc)();
         for (const SSEPoint* n : {t.N0, t.N1, t.N2}) ExpectNear(Lanes(*n), {24.0f / length, -18.0f / length, 13.0f / length, 0});
     }
     EXPECT_EQ(Lanes(*t.MainNormal), (Lanes4{0.5f, 0.5f, 0.5f, 0}));
@@ -177,21 +161,19 @@ TEST(CHTriangulationGeometry, ScalingsShiftAndTurnsMoveCornersToHandComputedPlac
         const Lanes4 s = {t.P1->x - t.P0->x, t.P1->y - t.P0->y, t.P1->z - t.P0->z, 0};
         EXPECT_EQ(Lanes(*t.S), c.derivedRenewed ? s : (Lanes4{3, 4, 0, 0}));
         EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), c.derivedRenewed ? Lanes(*t.MaxPoint) : (Lanes4{4, 6, 9, 0}));
-        EXPECT_EQ(Lanes(*t.N0), (Lanes4{0, 1, 0, 0})) << "normals never change";
-        EXPECT_EQ(Lanes(mesh.GetPointArray()[2]), (Lanes4{5.0f / 3, 13.0f / 3, 5, 0})) << "nor does the centre";
+        // Normals and centre never change.
+        EXPECT_EQ(std::pair(Lanes(*t.N0), Lanes(mesh.GetPointArray()[2])), std::pair(Lanes4{0, 1, 0, 0}, Lanes4{5.0f / 3, 13.0f / 3, 5, 0}));
     }
     // The shift moves corners and boxes but keeps S, T and V bit for bit.
     CHTriangulation mesh(0, 1, 1, 1);
-    Fill(mesh, {{{{0.1f, 0.2f, 0.3f}, {1.7f, 0.9f, -2.5f}, {3.3f, -1.1f, 0.7f}}}});
-    mesh.CalcSTV();
-    mesh.CalcBoundingBox();
+    MakeOne(mesh, {{{0.1f, 0.2f, 0.3f}, {1.7f, 0.9f, -2.5f}, {3.3f, -1.1f, 0.7f}}});
     const t_htriangle& t = *mesh.GetTriangle(0);
     const SSEPoint s = *t.S;
     mesh.ShiftTriangulation(1000.5f, -3, 0.25f);
     EXPECT_EQ(std::memcmp(t.S, &s, sizeof s), 0);
-    EXPECT_EQ(Lanes(*t.P0), (Lanes4{0.1f + 1000.5f, 0.2f - 3, 0.3f + 0.25f, 0}));
-    EXPECT_EQ(Lanes(*t.MinPoint), (Lanes4{0.1f + 1000.5f, -1.1f - 3, -2.5f + 0.25f, 0}));
-    EXPECT_EQ(Lanes(mesh.GetPointArray()[1]), (Lanes4{3.3f + 1000.5f, 0.9f - 3, 0.7f + 0.25f, 0}));
+    EXPECT_EQ((std::array{Lanes(*t.P0), Lanes(*t.MinPoint), Lanes(mesh.GetPointArray()[1])}),
+              (std::array<Lanes4, 3>{{{0.1f + 1000.5f, 0.2f - 3, 0.3f + 0.25f, 0}, {0.1f + 1000.5f, -1.1f - 3, -2.5f + 0.25f, 0},
+                                      {3.3f + 1000.5f, 0.9f - 3, 0.7f + 0.25f, 0}}}));
 }
 
 } // namespace

@@ -5,14 +5,9 @@
 
 #include "mesh_builders.h"
 #include "support/polygon_points.h"
-#include "vekdll/platform/user_hooks.h"
+#include "support/exit_guard.h"
 
-using vek::test::Corner;
-using vek::test::Fill;
-using vek::test::PointOf;
-using vek::test::PointsOf;
-using vek::test::Xyz;
-using vek::test::Triangle;
+using namespace vek::test;
 
 namespace {
 
@@ -144,15 +139,7 @@ TEST(CHTriangulationBorders, BorderLineTakesOneOpenEdgePerTriangleJumpsPastEvery
     // not touch, so the walk has nowhere to go and ends through the hook.
     Fill(mesh, {{{{0, 0, 1}, {1, 0, 2}, {0, 1, 3}}}, {{{1, 1, 4}, {0, 1, 3}, {1, 0, 2}}}});
     mesh.CalcNeighbours();
-    const vek::ExitHandler previous = vek::SetExitHandler([](int code) { throw code; });
-    int code = -1;
-    try {
-        mesh.FindBorderLine(&polygon);
-    } catch (int exitCode) {
-        code = exitCode;
-    }
-    vek::SetExitHandler(previous);
-    EXPECT_EQ(code, EXIT_FAILURE);
+    EXPECT_EQ(ExitCodeOf([&] { mesh.FindBorderLine(&polygon); }), EXIT_FAILURE);
     EXPECT_EQ(PointOf(polygon, 1), (Xyz{0, 1, 3}));
     EXPECT_EQ(TakeStretches(mesh).size(), 2u);
 }

@@ -16,8 +16,7 @@
 namespace {
 
 using Grid = std::array<long long, 3>;
-using vek::test::Lanes;
-using vek::test::Lanes4;
+using namespace vek::test;
 
 // The count of distinct grid points, opened for reading.
 class OpenHull : public CHConvexHull3D {
@@ -102,7 +101,7 @@ TEST(CHConvexHull3D, InputIsRoundedOntoTheGridOnceAndReadBackInItsUnits)
     EXPECT_EQ(ExpectClosedHull(hull, {{10, 20, 30}, {0, 0, 0}, {2, 0, 0}, {0, -1, 0}, {0, 0, -2}}).size(), 5u);
     // Corners come back divided by the scale given in each lane; a corner
     // that isn't there reads as the origin.
-    SSEPoint scale = vek::test::Sse(10.0f, 10.0f, 10.0f, 1.0f);
+    SSEPoint scale = Sse(10.0f, 10.0f, 10.0f, 1.0f);
     std::set<Lanes4> read;
     for (tFaceStructure* f : FacesOf(hull)) {
         for (int i = 0; i < 3; ++i) read.insert(Lanes(hull.GetVertexFromFace3D(f, i, scale)));
@@ -221,7 +220,7 @@ TEST(CHConvexHull3D, FlatOrWildInputEndsOrReachesTheExitHook)
         }
         try {
             hull.CalcConvexHull();
-        } catch (const vek::test::ProcessExitRequested& exit) {
+        } catch (const ProcessExitRequested& exit) {
             return exit.code;
         }
         EXPECT_EQ(static_cast<int>(FacesOf(hull).size()), hull.GetNumFaces());

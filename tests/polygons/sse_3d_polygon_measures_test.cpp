@@ -9,12 +9,7 @@
 
 #include "support/polygon_points.h"
 
-using vek::test::Fill;
-using vek::test::Lanes;
-using vek::test::Lanes4;
-using vek::test::Row;
-using vek::test::Sse;
-using vek::test::Xyz;
+using namespace vek::test;
 
 namespace {
 

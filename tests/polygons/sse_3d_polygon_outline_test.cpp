@@ -6,11 +6,7 @@
 
 #include "support/polygon_points.h"
 
-using vek::test::Fill;
-using vek::test::PointOf;
-using vek::test::PointsOf;
-using vek::test::Sse;
-using vek::test::Xyz;
+using namespace vek::test;
 
 namespace {
 
@@ -135,7 +131,7 @@ TEST(CSSE3dPolygonChangeStartPoint, RotatesPointsAndIndicesAlikeAndDropsAStartOu
     EXPECT_EQ(indices, (std::vector<int>{11, 12, 13, 10}));
     EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
     // The nearest-point form; then starts outside the line, as the -1 of an empty search.
-    SSEPoint near = vek::test::Sse(1, -1, 0);
+    SSEPoint near = Sse(1, -1, 0);
     polygon.ChangeStartPoint(near, indices.data());
     for (int start : {4, -1}) polygon.ChangeStartPoint(start, indices.data());
     EXPECT_EQ(PointsOf(polygon)[0], (Xyz{0, 0, 0}));

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <array>
 #include <random>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -10,22 +11,14 @@
 #include "support/unowned_alias.h"
 #include "vekdll/pixelchains/pixel_chain.h"
 
-using vek::test::Fill;
-using vek::test::Lanes;
-using vek::test::Lanes4;
-using vek::test::PointOf;
-using vek::test::PointsOf;
-using vek::test::SerializeFromBytes;
-using vek::test::SerializeToBytes;
-using vek::test::Sse;
-using vek::test::Xyz;
+using namespace vek::test;
 
 namespace {
 
 CSSE3dPolygon Line(int n)
 {
     CSSE3dPolygon line;
-    Fill(line, vek::test::Row(n));
+    Fill(line, Row(n));
     line.CalcBoundingBox();
     return line;
 }
@@ -43,11 +36,10 @@ TEST(CSSE3dPolygonLife, CreateAndFreeKeepTheBoxBlockAndTheirFlagRules)
     polygon.Free();
     EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
     polygon.Create(7); // the box points outlive Free and Create
-    EXPECT_EQ(Lanes(polygon.GetTopRight()), (Lanes4{4, 5, 6, 0}));
-    EXPECT_EQ(Lanes(polygon.GetBottomLeft()), (Lanes4{1, 2, 3, 0}));
     SSEPoint centre;
     polygon.GetGeometricCenter(centre);
-    EXPECT_EQ(Lanes(centre), (Lanes4{2.5f, 3.5f, 4.5f, 0}));
+    EXPECT_EQ((std::array{Lanes(polygon.GetBottomLeft()), Lanes(polygon.GetTopRight()), Lanes(centre)}),
+              (std::array<Lanes4, 3>{{{1, 2, 3, 0}, {4, 5, 6, 0}, {2.5f, 3.5f, 4.5f, 0}}}));
 
     CPixelChain chain; // one point per `step` pixels: 10 / 3 points, pixel 9 never reached
     for (int i = 0; i < 10; ++i) chain.AddPixel(i, 100 + i);
@@ -63,22 +55,19 @@ TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
     source.CalcBoundingBox();
     // The copy constructor takes the normalised copy and the box points, but leaves the box stale.
     CSSE3dPolygon copy(source);
-    EXPECT_FALSE(copy.IsBoundingBoxCalculated());
-    EXPECT_EQ(Lanes(copy.GetTopRight()), (Lanes4{7, 8, 9, 0}));
     SSEPoint normalized;
     copy.GetPointNormalizedSSE(2, normalized);
-    EXPECT_EQ(normalized.z, 36.0f);
+    EXPECT_EQ(std::tuple(copy.IsBoundingBoxCalculated(), Lanes(copy.GetTopRight()), normalized.z), std::tuple(false, Lanes4{7, 8, 9, 0}, 36.0f));
     // CreateSimilar takes the flag as it is; from itself it changes nothing.
     CSSE3dPolygon similar = Line(9);
     similar.CreateSimilar(&source);
     similar.CreateSimilar(&similar);
     EXPECT_TRUE(similar.IsBoundingBoxCalculated());
     source.SetPoint(0, -1, -1, -1);
-    EXPECT_EQ(PointOf(copy, 0), (Xyz{1, 2, 3}));
-    EXPECT_EQ(PointOf(similar, 0), (Xyz{1, 2, 3}));
+    EXPECT_EQ(std::pair(PointOf(copy, 0), PointOf(similar, 0)), std::pair(Xyz{1, 2, 3}, Xyz{1, 2, 3}));
 
     CSSE3dPolygon alias;
-    vek::test::WithOwnBytesKept(alias, [&] {
+    WithOwnBytesKept(alias, [&] {
         alias = source;
         alias.SetPoint(1, 50, 6, 7);
         alias.CalcBoundingBox();
@@ -103,9 +92,7 @@ TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectC
         SSEPoint whole = Sse(-9, -9, -9, -9), normalized = whole;
         polygon.GetPointSSE(i, whole); // the forms that fill an SSEPoint whole zero it first
         polygon.GetPointNormalizedSSE(i, normalized);
-        EXPECT_EQ(Lanes(whole), (Lanes4{0, 0, 0, 0}));
-        EXPECT_EQ(Lanes(normalized), (Lanes4{-9, -9, -9, -9}));
-        EXPECT_EQ(PointOf(polygon, i), (Xyz{-7, -7, -7}));
+        EXPECT_EQ(std::tuple(Lanes(whole), Lanes(normalized), PointOf(polygon, i)), std::tuple(Lanes4{}, Lanes4{-9, -9, -9, -9}, Xyz{-7, -7, -7}));
         polygon.SetPointZY(i, 0, 0);
         polygon.SetPointNormalized(i, 0, 0, 0);
     }
@@ -140,8 +127,8 @@ TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectC
 std::vector<BYTE> Archive(int count, const std::vector<float>& floats)
 {
     std::vector<BYTE> bytes;
-    vek::test::AppendBytes(bytes, count);
-    for (float f : floats) vek::test::AppendBytes(bytes, f);
+    AppendBytes(bytes, count);
+    for (float f : floats) AppendBytes(bytes, f);
     return bytes;
 }
 
@@ -162,8 +149,8 @@ TEST(CSSE3dPolygonArchive, StoresCountThenXYZOfEachBlockOfFourAndLoadingDoublesT
     // A single point has nothing before it and stays as read.
     SerializeFromBytes(polygon, Archive(1, {5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0}));
     EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{5, 6, 7}}));
-    CSSE3dPolygon empty;
-    EXPECT_EQ(SerializeToBytes(empty), Archive(0, {}));
+    polygon.Free();
+    EXPECT_EQ(SerializeToBytes(polygon), Archive(0, {}));
 }
 
 // The cause of the refusal, or none if the bytes loaded.
@@ -187,7 +174,7 @@ TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
     EXPECT_EQ(Refused(Archive(0x7FFFFFFF, std::vector<float>(12, 0.0f))), CArchiveException::badIndex);
 
     CSSE3dPolygon source;
-    Fill(source, vek::test::Row(9));
+    Fill(source, Row(9));
     const std::vector<BYTE> whole = SerializeToBytes(source);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_NE(Refused(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size))), CArchiveException::none) << size;
@@ -197,11 +184,7 @@ TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
     int loaded = 0;
     for (int trial = 0; trial < 300; ++trial) {
         std::vector<BYTE> bytes(random() % 120);
-        for (BYTE& b : bytes) b = static_cast<BYTE>(random());
-        if (bytes.size() >= 4 && trial % 3 == 0) {
-            const int count = static_cast<int>(random() % 4);
-            std::memcpy(bytes.data(), &count, sizeof count);
-        }
+        for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = i < 4 && trial % 3 == 0 ? (i == 0 ? random() % 4 : 0) : static_cast<BYTE>(random());
         loaded += Refused(bytes) == CArchiveException::none ? 1 : 0;
     }
     EXPECT_GT(loaded, 0);
