@@ -8,27 +8,20 @@
 #include <utility>
 #include <vector>
 
+#include "support/plane_geometry.h"
 #include "support/polygon_points.h"
 #include "vekdll/planar/convex_hull_2d.h"
-#include "vekdll/polygons/sse_2d_polygon.h"
+
+using namespace vek::test;
 
 namespace {
 
-using vek::test::Xyz;
-
 std::vector<Xyz> HullOf(const std::vector<Xyz>& points)
 {
-    CSSE3dPolygon source;
-    vek::test::Fill(source, points);
-    CHConvexHull2D hull(&source);
-    CSSE3dPolygon out;
-    hull.ObtainConvexHull3D(&out);
-    return vek::test::PointsOf(out);
-}
-
-double Cross(const Xyz& a, const Xyz& b, const Xyz& c)
-{
-    return (double(b.x) - a.x) * (double(c.y) - a.y) - (double(b.y) - a.y) * (double(c.x) - a.x);
+    CSSE3dPolygon source, out;
+    Fill(source, points);
+    CHConvexHull2D(&source).ObtainConvexHull3D(&out);
+    return PointsOf(out);
 }
 
 TEST(CHConvexHull2D, RandomPointSetsGiveTheirConvexHull)
@@ -43,8 +36,7 @@ TEST(CHConvexHull2D, RandomPointSetsGiveTheirConvexHull)
         std::set<std::pair<float, float>> used;
         std::vector<Xyz> points;
         while (static_cast<int>(points.size()) < count) {
-            const float x = static_cast<float>(random() % range);
-            const float y = static_cast<float>(random() % range);
+            const float x = static_cast<float>(random() % range), y = static_cast<float>(random() % range);
             if (used.insert({x, y}).second) points.push_back({x, y, static_cast<float>(points.size())});
         }
         SCOPED_TRACE("round " + std::to_string(round));
@@ -56,9 +48,7 @@ TEST(CHConvexHull2D, RandomPointSetsGiveTheirConvexHull)
             const Xyz& a = hull[i];
             EXPECT_TRUE(sources.insert(a.z).second);
             EXPECT_EQ(a, points[static_cast<size_t>(a.z)]);  // the input point, z and all
-            if (n > 2) {
-                EXPECT_GT(Cross(hull[(i + n - 1) % n], a, hull[(i + 1) % n]), 0.0);
-            }
+            EXPECT_GT(n > 2 ? Cross(hull[(i + n - 1) % n], a, hull[(i + 1) % n]) : 1.0, 0.0);
             for (const Xyz& c : points) EXPECT_GE(Cross(a, hull[(i + 1) % n], c), 0.0);
         }
         // It starts at the lowest point, the leftmost of those.
@@ -78,9 +68,7 @@ TEST(CHConvexHull2D, SmallAndDegenerateSetsKeepOnlyRealCorners)
         // lowest point (0, 0) and go in the sort; the top midpoint in the scan.
         {"square", {{10, 10, 1}, {5, 5, 2}, {0, 10, 3}, {5, 0, 4}, {10, 0, 5}, {0, 0, 6}, {5, 10, 7}},
          {{0, 0, 6}, {10, 0, 5}, {10, 10, 1}, {0, 10, 3}}},
-        {"all on one line",
-         {{6, 3, 0}, {0, 0, 1}, {10, 5, 2}, {2, 1, 3}, {8, 4, 4}, {4, 2, 5}},
-         {{0, 0, 1}, {10, 5, 2}}},
+        {"all on one line", {{6, 3, 0}, {0, 0, 1}, {10, 5, 2}, {2, 1, 3}, {8, 4, 4}, {4, 2, 5}}, {{0, 0, 1}, {10, 5, 2}}},
         {"three given clockwise", {{0, 0, 0}, {0, 4, 1}, {4, 0, 2}}, {{0, 0, 0}, {4, 0, 2}, {0, 4, 1}}},
         // Of two points at one place the sort drops the one with the lower
         // index; at the lowest point the first one found stays, as the pivot.
@@ -93,16 +81,10 @@ TEST(CHConvexHull2D, SmallAndDegenerateSetsKeepOnlyRealCorners)
 
     // The planar output runs clockwise, ending at the lowest point.
     CSSE3dPolygon source;
-    vek::test::Fill(source, cases[0].points);
+    Fill(source, cases[0].points);
     CSSE2dPolygon planar;
     CHConvexHull2D(&source).ObtainConvexHull2D(&planar);
-    std::vector<float> xy;
-    for (int i = 0; i < planar.GetNumPoints(); ++i) {
-        float x = 0, y = 0;
-        planar.GetPoint(i, x, y);
-        xy.insert(xy.end(), {x, y});
-    }
-    EXPECT_EQ(xy, (std::vector<float>{0, 10, 10, 10, 10, 0, 0, 0}));
+    EXPECT_EQ(PointsOf(planar), (std::vector<Xyz>{{0, 10}, {10, 10}, {10, 0}, {0, 0}}));
 
     // On one line with a point given twice: the two copies compare equal,
     // so the sort never meets the nearer copy with the far end, and both
@@ -114,10 +96,9 @@ TEST(CHConvexHull2D, SmallAndDegenerateSetsKeepOnlyRealCorners)
 
     // Built from a planar polygon, the hull reads nothing and stays empty.
     CSSE2dPolygon three;
-    three.Create(3);
-    CSSE3dPolygon out;
-    CHConvexHull2D(&three).ObtainConvexHull3D(&out);
-    EXPECT_EQ(out.GetNumPoints(), 0);
+    Fill(three, {{0, 0}, {4, 0}, {0, 4}});
+    CHConvexHull2D(&three).ObtainConvexHull3D(&source);
+    EXPECT_EQ(source.GetNumPoints(), 0);
 }
 
 TEST(CHConvexHull2D, WildCoordinatesNeitherCrashNorLeaveTheInput)
@@ -130,9 +111,7 @@ TEST(CHConvexHull2D, WildCoordinatesNeitherCrashNorLeaveTheInput)
     for (int round = 0; round < 150; ++round) {
         std::vector<Xyz> points;
         const int count = 1 + static_cast<int>(random() % 40);
-        for (int i = 0; i < count; ++i) {
-            points.push_back({wild[random() % 8], wild[random() % 8], static_cast<float>(i)});
-        }
+        for (int i = 0; i < count; ++i) points.push_back({wild[random() % 8], wild[random() % 8], static_cast<float>(i)});
         const std::vector<Xyz> hull = HullOf(points);
         EXPECT_LE(hull.size(), points.size());
         for (const Xyz& p : hull) EXPECT_EQ(std::memcmp(&p, &points[static_cast<size_t>(p.z)], sizeof(Xyz)), 0);

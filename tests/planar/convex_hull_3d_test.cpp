@@ -4,9 +4,11 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "support/exit_guard.h"
@@ -91,7 +93,7 @@ TEST(CHConvexHull3D, InputIsRoundedOntoTheGridOnceAndReadBackInItsUnits)
     OpenHull hull;
     hull.AppendVertex3D(1.0f, 2.0f, 3.0f, 10.0f);
     hull.AppendVertex3D(1.0f, 2.0f, 3.0f, 10.0f);
-    hull.AppendVertex3D(1.04f, 2.0f, 3.0f, 10.0f);  // 10.4 + 0.5 truncates to 10 as well
+    hull.AppendVertex3D(1.04f, 2.0f, 2.96f, 10.0f); // 10.4 + 0.5 and 29.6 + 0.5 truncate to 10 and 30 as well
     EXPECT_EQ(hull.VertexCount, 1);
     hull.AppendVertex3D(0.0f, 0.0f, 0.0f, 10.0f);
     hull.AppendVertex3D(0.15f, 0.0f, 0.0f, 10.0f);   // 1.5 + 0.5: grid 2
@@ -106,38 +108,28 @@ TEST(CHConvexHull3D, InputIsRoundedOntoTheGridOnceAndReadBackInItsUnits)
     for (tFaceStructure* f : FacesOf(hull)) {
         for (int i = 0; i < 3; ++i) read.insert(Lanes(hull.GetVertexFromFace3D(f, i, scale)));
     }
-    EXPECT_EQ(read,
-              (std::set<Lanes4>{{1, 2, 3, 0}, {0, 0, 0, 0}, {0.2f, 0, 0, 0}, {0, -0.1f, 0, 0}, {0, 0, -0.2f, 0}}));
-    EXPECT_EQ(Lanes(hull.GetVertexFromFace(hull.GetFaces(), 3)), (Lanes4{}));
-    EXPECT_EQ(Lanes(hull.GetVertexFromFace(nullptr, 0)), (Lanes4{}));
+    EXPECT_EQ(read, (std::set<Lanes4>{{1, 2, 3, 0}, {0, 0, 0, 0}, {0.2f, 0, 0, 0}, {0, -0.1f, 0, 0}, {0, 0, -0.2f, 0}}));
+    EXPECT_EQ(std::pair(Lanes(hull.GetVertexFromFace(hull.GetFaces(), 3)), Lanes(hull.GetVertexFromFace(nullptr, 0))), std::pair(Lanes4{}, Lanes4{}));
 
     // Planar points on a grid of a tenth, lifted: index -1 numbers a vertex
     // by the count so far, and a point already on the grid keeps the vertex
-    // that was there, with its index and mark.
+    // that was there, with its index and mark. Corners read back in units of
+    // the input, the lifted height included.
     OpenHull lifted;
-    lifted.AppendVertex2D(0.0f, 0.0f, -1, false);
-    lifted.AppendVertex2D(10.0f, 0.0f, 7, true);
-    lifted.AppendVertex2D(0.0f, 10.0f, -1, false);
-    lifted.AppendVertex2D(10.0f, 10.0f, -1, false);
-    lifted.AppendVertex2D(1.0f, 2.0f, -1, true);
-    lifted.AppendVertex2D(1.04f, 2.0f, 99, false);
+    for (auto [x, y, index, top] : {std::tuple{0.0f, 0.0f, -1, false}, {10.0f, 0.0f, 7, true}, {0.0f, 10.0f, -1, false},
+                                    {10.0f, 10.0f, -1, false}, {1.0f, 2.0f, -1, true}, {1.04f, 2.0f, 99, false}}) {
+        lifted.AppendVertex2D(x, y, index, top);
+    }
     EXPECT_EQ(lifted.VertexCount, 5);
     lifted.CalcConvexHull();
-    std::map<Grid, std::pair<int, bool>> marks;
+    std::map<Grid, std::tuple<int, bool, Lanes4>> marks;
     for (tFaceStructure* f : FacesOf(lifted)) {
-        for (int i = 0; i < 3; ++i) {
-            marks[Corner(f, i)] = {f->Vertex[i]->Index, f->Vertex[i]->IsTop};
-            // Read back in units of the input, the lifted height included.
-            if (f->Vertex[i]->Index == 4) {
-                EXPECT_EQ(Lanes(lifted.GetVertexFromFace(f, i)), (Lanes4{1, 2, 50, 0}));
-            }
-        }
+        for (int i = 0; i < 3; ++i) marks[Corner(f, i)] = {f->Vertex[i]->Index, f->Vertex[i]->IsTop, Lanes(lifted.GetVertexFromFace(f, i))};
     }
-    EXPECT_EQ(marks, (std::map<Grid, std::pair<int, bool>>{{{0, 0, 0}, {0, false}},
-                                                            {{100, 0, 10000}, {7, true}},
-                                                            {{0, 100, 10000}, {2, false}},
-                                                            {{100, 100, 20000}, {3, false}},
-                                                            {{10, 20, 500}, {4, true}}}));
+    EXPECT_EQ(marks, (std::map<Grid, std::tuple<int, bool, Lanes4>>{
+                         {{0, 0, 0}, {0, false, {0, 0, 0, 0}}}, {{100, 0, 10000}, {7, true, {10, 0, 1000, 0}}},
+                         {{0, 100, 10000}, {2, false, {0, 10, 1000, 0}}}, {{100, 100, 20000}, {3, false, {10, 10, 2000, 0}}},
+                         {{10, 20, 500}, {4, true, {1, 2, 50, 0}}}}));
 }
 
 TEST(CHConvexHull3D, RandomSpatialAndLiftedPointSetsAreEnclosedByTheirCorners)
@@ -211,20 +203,10 @@ TEST(CHConvexHull3D, FlatOrWildInputEndsOrReachesTheExitHook)
     // The code the construction exits with, or -1 if it comes to an end.
     const auto exitCode = [](const Points& points, bool lifted) {
         CHConvexHull3D hull;
-        for (const auto& p : points) {
-            if (lifted) {
-                hull.AppendVertex2D(p[0], p[1], -1, false);
-            } else {
-                hull.AppendVertex3D(p[0], p[1], p[2], 1.0f);
-            }
-        }
-        try {
-            hull.CalcConvexHull();
-        } catch (const ProcessExitRequested& exit) {
-            return exit.code;
-        }
-        EXPECT_EQ(static_cast<int>(FacesOf(hull).size()), hull.GetNumFaces());
-        return -1;
+        for (const auto& p : points) lifted ? hull.AppendVertex2D(p[0], p[1], -1, false) : hull.AppendVertex3D(p[0], p[1], p[2], 1.0f);
+        const std::optional<int> code = ExitCodeOf([&] { hull.CalcConvexHull(); });
+        EXPECT_TRUE(code || static_cast<int>(FacesOf(hull).size()) == hull.GetNumFaces());
+        return code.value_or(-1);
     };
     EXPECT_EQ(exitCode({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {2, 1, 0}}, false), 0);  // coplanar
     EXPECT_EQ(exitCode({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {5, 5, 5}}, false), 0);              // collinear

@@ -1,12 +1,13 @@
 #pragma once
 
-// Spatial polygons from point lists, and their points back, for the tests of
-// the polygons and of whatever hands its results over as a polygon.
+// Spatial and planar polygons from point lists, and their points back, for
+// the tests of the polygons and of whatever hands its results over as a polygon.
 
 #include <ostream>
 #include <vector>
 
 #include "support/sse_lanes.h"
+#include "vekdll/polygons/sse_2d_polygon.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace vek::test {
@@ -14,7 +15,7 @@ namespace vek::test {
 struct Xyz {
     float x;
     float y;
-    float z;
+    float z = 0.0f;
 };
 
 inline bool operator==(const Xyz& a, const Xyz& b)
@@ -33,6 +34,13 @@ inline void Fill(CSSE3dPolygon& polygon, const std::vector<Xyz>& points)
     for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y, points[i].z);
 }
 
+// A planar polygon takes x and y of each point.
+inline void Fill(CSSE2dPolygon& polygon, const std::vector<Xyz>& points)
+{
+    polygon.Create(static_cast<int>(points.size()));
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y);
+}
+
 // -7 in each coordinate that the read leaves alone.
 inline Xyz PointOf(const CSSE3dPolygon& polygon, int i)
 {
@@ -45,6 +53,14 @@ inline std::vector<Xyz> PointsOf(const CSSE3dPolygon& polygon)
 {
     std::vector<Xyz> points;
     for (int i = 0; i < polygon.GetNumPoints(); ++i) points.push_back(PointOf(polygon, i));
+    return points;
+}
+
+// The points of a planar polygon, with z 0.
+inline std::vector<Xyz> PointsOf(const CSSE2dPolygon& polygon)
+{
+    std::vector<Xyz> points(static_cast<std::size_t>(polygon.GetNumPoints()));
+    for (int i = 0; i < polygon.GetNumPoints(); ++i) polygon.GetPoint(i, points[i].x, points[i].y);
     return points;
 }
 
