@@ -195,13 +195,9 @@ TEST(CHPolygonTriangulator, CollinearRunsAndRepeatedPointsStayInside)
 {
     // A square with a point at every unit of its edges; an L with one corner
     // given twice in a row; two squares that touch in a corner visited twice.
-    Ring dotted;
-    for (int side = 0; side < 4; ++side) {
-        for (float i = 0; i < 10; ++i) dotted.push_back(side == 0 ? Xyz{i, 0} : side == 1 ? Xyz{10, i} : side == 2 ? Xyz{10 - i, 10} : Xyz{0, 10 - i});
-    }
     const Ring repeated{{0, 0}, {6, 0}, {6, 0}, {6, 3}, {3, 3}, {3, 6}, {0, 6}};
     const Ring revisited{{0, 0}, {2, 0}, {2, 2}, {4, 2}, {4, 4}, {2, 4}, {2, 2}, {0, 2}};
-    for (const Ring& ring : {dotted, repeated, revisited}) {
+    for (const Ring& ring : {DottedSquare(10), repeated, revisited}) {
         for (bool behindHead : {false, true}) {
             CSSE2dPolygon polygon;
             Fill(polygon, ring);

@@ -1,29 +1,25 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <utility>
 #include <vector>
 
+#include "support/polygon_points.h"
 #include "support/unowned_alias.h"
-#include "vekdll/polygons/sse_2d_polygon.h"
+
+using namespace vek::test;
 
 namespace {
-
-void Fill(CSSE2dPolygon& polygon, const std::vector<std::pair<float, float>>& points)
-{
-    polygon.Create(static_cast<int>(points.size()));
-    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].first, points[i].second);
-}
 
 TEST(CSSE2dPolygon, AssignmentSharesMovesExchangeAndFreeKeepsTheCountButDropsThePoints)
 {
     CSSE2dPolygon polygon;
     Fill(polygon, {{0, 0}, {1, 1}, {2, 2}});
-    vek::test::UnownedAlias<CSSE2dPolygon> alias; // only `polygon` releases the arrays
+    UnownedAlias<CSSE2dPolygon> alias; // only `polygon` releases the arrays
     *alias = polygon;
     alias->SetPoint(1, 42, 43);
-    CSSE2dPolygon moved(std::move(polygon));
-    CSSE2dPolygon target;
+    CSSE2dPolygon moved(std::move(polygon)), target;
     target.Create(2);
     target = std::move(moved);
     t_h2dpoint p{-1, -1};
@@ -34,9 +30,7 @@ TEST(CSSE2dPolygon, AssignmentSharesMovesExchangeAndFreeKeepsTheCountButDropsThe
     EXPECT_EQ(target.GetNumPoints(), 3);
     target.GetPoint(2, p);
     EXPECT_EQ(std::pair(p.x, p.y), std::pair(42.0f, 43.0f)) << "nothing is read after Free";
-    EXPECT_EQ(target.ClosestPointX(0), -1);
-    EXPECT_EQ(target.CalcArea(), 0.0f);
-    EXPECT_EQ(target.GetMinEuclDistance(0, 0), 1000000.0f);
+    EXPECT_EQ(std::tuple(target.ClosestPointX(0), target.CalcArea(), target.GetMinEuclDistance(0, 0)), std::tuple(-1, 0.0f, 1000000.0f));
 }
 
 TEST(CSSE2dPolygon, AreaIsTheKeptFormulaAndNearestPointsAndDistancesThoseOfTheSpatialPolygon)
@@ -50,8 +44,7 @@ TEST(CSSE2dPolygon, AreaIsTheKeptFormulaAndNearestPointsAndDistancesThoseOfTheSp
     // Nearest points among the even indices before the last; the scan over
     // whole blocks (x = 0 .. 3 here) counts the x difference twice and reads no y.
     Fill(polygon, {{0, 100}, {1, 99}, {2, 98}, {3, 97}, {4, 96}, {5, 95}, {6, 94}});
-    EXPECT_EQ(polygon.ClosestPointX(5), 4);
-    EXPECT_EQ(polygon.ClosestPointY(94), 4);
+    EXPECT_EQ(std::pair(polygon.ClosestPointX(5), polygon.ClosestPointY(94)), std::pair(4, 4));
     const float d7 = 7.0f;
     EXPECT_EQ(polygon.GetMinEuclDistance(10, 1000), std::sqrt(d7 * d7 + d7 * d7));
 }

@@ -30,8 +30,7 @@ TEST(CSSE3dPolygonBox, StartsInvertedAtTheSentinelsAndIsRecomputedOnlyWhenStale)
     // No coordinate beyond the start values widens the box past them.
     Fill(polygon, {{2e6f, -3e6f, 5}, {3e6f, -2e6f, 6}});
     polygon.CalcBoundingBox();
-    EXPECT_EQ(Lanes(polygon.GetBottomLeft()), (Lanes4{1e6f, -3e6f, 5, 0}));
-    EXPECT_EQ(Lanes(polygon.GetTopRight()), (Lanes4{3e6f, -1e6f, 6, 0}));
+    EXPECT_EQ(std::pair(Lanes(polygon.GetBottomLeft()), Lanes(polygon.GetTopRight())), std::pair(Lanes4{1e6f, -3e6f, 5, 0}, Lanes4{3e6f, -1e6f, 6, 0}));
     // The 2D box truncates towards zero, not to the floor.
     Fill(polygon, {{-1.7f, 2.9f, 4}, {3.5f, -0.5f, -2}});
     int xmin, ymin, xmax, ymax;
@@ -69,8 +68,7 @@ TEST(CSSE3dPolygonMeasures, CentreDividesBeforeAddingAndTheClosedLineGivesLength
         SCOPED_TRACE(::testing::Message() << "case " << &c - cases);
         Fill(polygon, c.points);
         EXPECT_FLOAT_EQ(polygon.CalcCircumference(), c.circumference);
-        EXPECT_EQ((std::array<float, 3>{polygon.CalcXYArea(), polygon.CalcXZArea(), polygon.CalcYZArea()}),
-                  (std::array<float, 3>{c.xy, c.xz, c.yz}));
+        EXPECT_EQ((std::array{polygon.CalcXYArea(), polygon.CalcXZArea(), polygon.CalcYZArea()}), (std::array{c.xy, c.xz, c.yz}));
     }
 }
 
@@ -91,26 +89,24 @@ Query AlreadyThere(int upto, float x, float y, float tol)
 
 TEST(CSSE3dPolygonClosestPoint, EachFormByItsMeasureItsPointsAndItsStartValue)
 {
-    const std::vector<Xyz> spread = {{0, 0, 0}, {4, 0, 0}, {2, 3, 0}, {2, -3, 0}, {2, 0, 5}};
-    const std::vector<Xyz> row6 = Row(6), row7 = Row(7), row1 = Row(1), far = {{1e7f, 0, 0}};
-    const std::vector<Xyz> risingY = {{5, 1, 0}, {5, 2, 0}, {6, 2, 0}, {5, 2, 0}, {7, 3, 0}, {5, 2, 0}};
-    const std::vector<Xyz> beyondSquare = {{3200, 0, 0}, {0, 0, 0}, {0, 0, 0}}; // 3200 < 1e7 < 3200^2
     const std::vector<Xyz> diagonal = {{0, 0, 0}, {10, 10, 0}, {20, 20, 0}};
     const struct {
         const char* why;
-        const std::vector<Xyz>& points;
+        std::vector<Xyz> points;
         Query query;
         int expected;
     } cases[] = {
-        {"points 0 and 1 tie at 2, the first wins", spread, Nearest(2, 0, 0), 0},
-        {"a point at the start distance is never found", far, Nearest(0, 0, 0), -1},
-        {"from is included", row6, Nearest(-10, 0, 0, 2, 5), 2},
-        {"to is excluded", row6, Nearest(10, 0, 0, 1, 5), 4},
-        {"3 is odd; 2 and 4 tie, the first wins", row7, [](const CSSE3dPolygon& p) { return p.ClosestPointX(3); }, 2},
-        {"6 is the last point", row7, [](const CSSE3dPolygon& p) { return p.ClosestPointXY(100, 0); }, 4},
-        {"one point is the last", row1, [](const CSSE3dPolygon& p) { return p.ClosestPointX(0); }, -1},
-        {"y = 1 and y = 3 lie on the bounds", risingY, [](const CSSE3dPolygon& p) { return p.ClosestPointXWithIntervalY(5, 1, 3); }, 2},
-        {"the planar forms compare squares", beyondSquare, [](const CSSE3dPolygon& p) { return p.ClosestPointXY(0, 0); }, -1},
+        {"points 0 and 1 tie at 2, the first wins", {{0, 0, 0}, {4, 0, 0}, {2, 3, 0}, {2, -3, 0}, {2, 0, 5}}, Nearest(2, 0, 0), 0},
+        {"a point at the start distance is never found", {{1e7f, 0, 0}}, Nearest(0, 0, 0), -1},
+        {"from is included", Row(6), Nearest(-10, 0, 0, 2, 5), 2},
+        {"to is excluded", Row(6), Nearest(10, 0, 0, 1, 5), 4},
+        {"3 is odd; 2 and 4 tie, the first wins", Row(7), [](const CSSE3dPolygon& p) { return p.ClosestPointX(3); }, 2},
+        {"6 is the last point", Row(7), [](const CSSE3dPolygon& p) { return p.ClosestPointXY(100, 0); }, 4},
+        {"one point is the last", Row(1), [](const CSSE3dPolygon& p) { return p.ClosestPointX(0); }, -1},
+        {"y = 1 and y = 3 lie on the bounds", {{5, 1, 0}, {5, 2, 0}, {6, 2, 0}, {5, 2, 0}, {7, 3, 0}, {5, 2, 0}},
+         [](const CSSE3dPolygon& p) { return p.ClosestPointXWithIntervalY(5, 1, 3); }, 2},
+        {"the planar forms compare squares: 3200 < 1e7 < 3200^2", {{3200, 0, 0}, {0, 0, 0}, {0, 0, 0}},
+         [](const CSSE3dPolygon& p) { return p.ClosestPointXY(0, 0); }, -1},
         // A city-block test of the points below upto, upto clamped to n - 1.
         {"Euclidean 0.85 would pass 1, city-block 1.2 doesn't", diagonal, AlreadyThere(3, 0.6f, 0.6f, 1.0f), 0},
         {"the last point is never compared", diagonal, AlreadyThere(100, 20, 20, 0.5f), 0},
@@ -139,8 +135,7 @@ TEST(CSSE3dPolygonDistanceScan, SeesOnlyWholeBlocksOfTheNormalisedCopyAndAgreesB
         float expected3d = 1000000.0f, expected2d = 1000000.0f;
         for (int block = 0; block < n / 4; block += std::max(skip, 0) + 1) {
             for (int i = 4 * block; i < 4 * block + 4; ++i) {
-                const float dx = points[i].x * r.ResolutionX - qx, dy = points[i].y * r.ResolutionY - qy;
-                const float dz = points[i].z * r.ResolutionZ - qz;
+                const float dx = points[i].x * r.ResolutionX - qx, dy = points[i].y * r.ResolutionY - qy, dz = points[i].z * r.ResolutionZ - qz;
                 expected3d = std::min(expected3d, std::sqrt(dx * dx + dy * dy + dz * dz));
                 expected2d = std::min(expected2d, std::sqrt(dx * dx + dy * dy));
             }

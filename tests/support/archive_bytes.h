@@ -9,6 +9,7 @@
 
 #include "vekdll/platform/c_archive.h"
 #include "vekdll/platform/c_file.h"
+#include "vekdll/platform/framework_exceptions.h"
 
 namespace vek::test {
 
@@ -43,6 +44,19 @@ template <class T>
 void SerializeFromBytes(T& object, std::vector<BYTE> bytes)
 {
     LoadFromBytes(std::move(bytes), [&](CArchive& ar) { object.Serialize(ar); });
+}
+
+// The cause of the CArchiveException that loading `bytes` into `object`
+// throws, or CArchiveException::none if they load.
+template <class T>
+int LoadFailureCause(T& object, std::vector<BYTE> bytes)
+{
+    try {
+        SerializeFromBytes(object, std::move(bytes));
+    } catch (const CArchiveException& e) {
+        return e.m_cause;
+    }
+    return CArchiveException::none;
 }
 
 // Appends the bytes of one value, for archives built by hand.

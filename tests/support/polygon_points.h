@@ -72,4 +72,18 @@ inline std::vector<Xyz> Row(int count)
     return points;
 }
 
+// The square 0..side x 0..side with a point at every unit of its edges,
+// counter-clockwise from the origin.
+inline std::vector<Xyz> DottedSquare(int side)
+{
+    std::vector<Xyz> points;
+    for (int edge = 0; edge < 4; ++edge) {
+        for (int i = 0; i < side; ++i) {
+            const float t = static_cast<float>(i), s = static_cast<float>(side);
+            points.push_back(edge == 0 ? Xyz{t, 0} : edge == 1 ? Xyz{s, t} : edge == 2 ? Xyz{s - t, s} : Xyz{0, s - t});
+        }
+    }
+    return points;
+}
+
 } // namespace vek::test
