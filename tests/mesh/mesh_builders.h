@@ -13,9 +13,7 @@
 namespace vek::test {
 
 struct Corner {
-    float x;
-    float y;
-    float z;
+    float x, y, z;
 };
 using Triangle = std::array<Corner, 3>;
 

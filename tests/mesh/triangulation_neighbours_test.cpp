@@ -11,12 +11,6 @@ using namespace vek::test;
 
 namespace {
 
-bool CornerOf(const SSEPoint& p, const t_htriangle& t)
-{
-    const auto same = [&p](const SSEPoint* q) { return p.x == q->x && p.y == q->y && p.z == q->z; };
-    return same(t.P0) || same(t.P1) || same(t.P2);
-}
-
 // Runs the search and compares it with a plain search over all pairs for the
 // triangle across each edge, on meshes in which no two triangles share more
 // than one edge and no two vertices share a height. Triangles with an open
@@ -24,6 +18,9 @@ bool CornerOf(const SSEPoint& p, const t_htriangle& t)
 void ExpectNeighboursOfBruteForce(CHTriangulation& mesh)
 {
     const int n = mesh.GetNumTriangles();
+    const auto cornerOf = [](const SSEPoint* p, const t_htriangle& t) {
+        return Lanes(*p) == Lanes(*t.P0) || Lanes(*p) == Lanes(*t.P1) || Lanes(*p) == Lanes(*t.P2);
+    };
     std::vector<int> flagsBefore;
     for (int i = 0; i < n; ++i) flagsBefore.push_back(mesh.GetTriangle(i)->Flag);
     mesh.CalcNeighbours();
@@ -36,7 +33,7 @@ void ExpectNeighboursOfBruteForce(CHTriangulation& mesh)
             t_htriangle* expected = nullptr;
             for (int j = 0; j < n; ++j) {
                 const t_htriangle& other = *mesh.GetTriangle(j);
-                if (j != i && CornerOf(*corners[edge], other) && CornerOf(*corners[(edge + 1) % 3], other)) expected = mesh.GetTriangle(j);
+                if (j != i && cornerOf(corners[edge], other) && cornerOf(corners[(edge + 1) % 3], other)) expected = mesh.GetTriangle(j);
             }
             EXPECT_EQ(found[edge], expected) << "triangle " << i << " edge " << edge;
             open = open || expected == nullptr;
@@ -59,12 +56,9 @@ TEST(CHTriangulationNeighbours, FansAndGridsAgreeWithBruteForce)
         SCOPED_TRACE(::testing::Message() << columns << " x " << rows << " cells");
         const auto h = [stride = columns + 1](int x, int y) { return static_cast<float>(y * stride + x + 1); };
         mesh.CreateTriangulation(2 * columns * rows);
-        int index = 0;
-        for (int y = 0; y < rows; ++y) {
-            for (int x = 0; x < columns; ++x) {
-                mesh.AppendTriangle(3, 3, float(x), float(x + 1), float(y), float(y + 1), h(x, y), h(x, y + 1), h(x + 1, y),
-                                    h(x + 1, y + 1), index, false, false);
-            }
+        for (int cell = 0, index = 0; cell < columns * rows; ++cell) {
+            const int x = cell % columns, y = cell / columns;
+            mesh.AppendTriangle(3, 3, float(x), float(x + 1), float(y), float(y + 1), h(x, y), h(x, y + 1), h(x + 1, y), h(x + 1, y + 1), index, false, false);
         }
         ExpectNeighboursOfBruteForce(mesh);
     }
@@ -114,11 +108,8 @@ std::vector<t_stretch> TakeStretches(CHTriangulation& mesh)
 TEST(CHTriangulationBorders, BorderLineTakesOneOpenEdgePerTriangleJumpsPastEverySecondStretchAndEndsWhereItBreaks)
 {
     CHTriangulation mesh(0, 1, 1, 1);
-    Fill(mesh, {{{{7, 7, 7}, {6, 5, 5}, {9, 9, 9}}},
-                {{{5, 5, 5}, {6, 5, 5}, {8, 8, 8}}},
-                {{{3, 3, 3}, {4, 4, 4}, {3, 4, 3}}},
-                {{{9, 1, 1}, {1, 0, 0}, {2, 0, 0}}},
-                {{{0, 0, 0}, {1, 0, 0}, {0, 5, 0}}}});
+    Fill(mesh, {{{{7, 7, 7}, {6, 5, 5}, {9, 9, 9}}}, {{{5, 5, 5}, {6, 5, 5}, {8, 8, 8}}}, {{{3, 3, 3}, {4, 4, 4}, {3, 4, 3}}},
+                {{{9, 1, 1}, {1, 0, 0}, {2, 0, 0}}}, {{{0, 0, 0}, {1, 0, 0}, {0, 5, 0}}}});
     t_htriangle* t = mesh.GetTriangles();
     t[2].Neighbour0 = t[2].Neighbour1 = t[2].Neighbour2 = &t[0]; // closed: no stretch
     t[3].Neighbour0 = &t[0];                                       // first open edge P1-P2
