@@ -12,17 +12,18 @@ namespace {
 
 using vek::test::CornerSets;
 using vek::test::LinkFault;
+using vek::test::ListShape;
 using vek::test::P;
 using vek::test::Triangles;
 using Sets = std::multiset<std::set<int>>;
 
-// The square (0,0) (10,0) (10,10) (0,10), triangulated from its first three
-// corners: the fourth is joined from outside, and being cocircular with the
-// others it does not flip the diagonal 0-2.
+// The square (0,0) (10,0) (10,10) (0,10) from its first three corners: the
+// fourth, cocircular with them, is joined from outside and flips nothing.
 void SquareOfTwo(ZrCIncrementalDelaunay2D& d)
 {
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(10, 10), P(0, 10)}) d.AppendVertex(p);
     d.Triangulate(4, false, false);
+    ASSERT_EQ(CornerSets(d.GetTriangleList()), (Sets{{0, 1, 2}, {0, 2, 3}}));
 }
 
 TEST(IncrementalInsertion, OnePointIntoTheSquareOfTwoTriangles)
@@ -34,52 +35,44 @@ TEST(IncrementalInsertion, OnePointIntoTheSquareOfTwoTriangles)
         Sets triangles;
         int openSides;
     } cases[] = {
-        // Both triangles split, the neighbour marked and freed (the leak
-        // check of the sanitizer build sees to the freeing).
+        // Both triangles split; the neighbour is freed (the leak check sees to it).
         {"on the shared diagonal", 5, 5, 10, {{0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}}, 4},
-        // It sees the right and the bottom edge: one triangle on each.
-        {"outside", 20, -20, 10, {{0, 1, 2}, {0, 2, 3}, {1, 2, 4}, {0, 1, 4}}, 4},
-        // On the circle of both triangles, so in neither; joined on at the
-        // left edge, and vertex 2 on the new triangle's circle flips nothing.
+        {"outside, seeing two edges", 20, -20, 10, {{0, 1, 2}, {0, 2, 3}, {1, 2, 4}, {0, 1, 4}}, 4},
+        // On the circle of both, so in neither; vertex 2 on the new circle flips nothing.
         {"on the circle, outside", -2, 4, 10, {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}}, 5},
-        // A full store loses the point and nothing else.
         {"into a full store", 5, 2, 4, {{0, 1, 2}, {0, 2, 3}}, 4},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ZrCIncrementalDelaunay2D d(c.capacity);
         SquareOfTwo(d);
-        EXPECT_EQ(CornerSets(d.GetTriangleList()), (Sets{{0, 1, 2}, {0, 2, 3}}));
         d.InsertVertexIntoTriangulation(c.x, c.y, true);
         EXPECT_EQ(CornerSets(d.GetFinalList()), c.triangles);
-        const auto triangles = Triangles(d.GetFinalList());
-        EXPECT_EQ(LinkFault(triangles), "");
-        EXPECT_EQ(vek::test::OpenSides(triangles), c.openSides);
+        EXPECT_EQ(LinkFault(Triangles(d.GetFinalList())), "");
+        EXPECT_EQ(vek::test::OpenSides(Triangles(d.GetFinalList())), c.openSides);
         EXPECT_TRUE(d.GetAffectedTriangleList().IsEmpty());
     }
 
-    // Inserted without joining from outside, a point beyond the border is
-    // taken back again, whether or not it lies in a triangle's circle; one
-    // inside goes in.
+    // Without joining from outside, a point beyond the border is taken back,
+    // whether or not it lies in a triangle's circle; one inside goes in.
     ZrCIncrementalDelaunay2D d(10);
     SquareOfTwo(d);
-    const auto before = vek::test::ListShape(d.GetTriangleList());
+    const auto before = ListShape(d.GetTriangleList());
     for (const SSEPoint& beyond : {P(40, 40), P(5, -1)}) {
         d.AppendVertex(beyond);
         d.InsertVertexIntoTriangulationNoExterior(4);
         EXPECT_EQ(d.GetNumVertices(), 4);
-        EXPECT_EQ(vek::test::ListShape(d.GetTriangleList()), before);
+        EXPECT_EQ(ListShape(d.GetTriangleList()), before);
     }
     d.AppendVertex(P(7, 2));
     d.InsertVertexIntoTriangulationNoExterior(4);
-    EXPECT_EQ(d.GetNumVertices(), 5);
-    EXPECT_EQ(d.GetNumTrianglesInTriangleList(), 4);
+    EXPECT_EQ(std::pair(d.GetNumVertices(), d.GetNumTrianglesInTriangleList()), std::pair(5, 4));
 }
 
 TEST(IncrementalInsertion, BorderPointsDuplicatesAndTooFewVertices)
 {
-    // Within the tolerance of 0.005 on twice the area, a point counts as on
-    // the border edge: two triangles, each with two open sides.
+    // Within 0.005 on twice the area a point is on the border edge: two
+    // triangles, each with two open sides.
     ZrCIncrementalDelaunay2D border(10);
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(0, 10), P(5, 0.0002f)}) border.AppendVertex(p);
     border.Triangulate(4, true, false);
@@ -99,8 +92,7 @@ TEST(IncrementalInsertion, BorderPointsDuplicatesAndTooFewVertices)
 
     // Fewer than three vertices leave the lists alone.
     ZrCIncrementalDelaunay2D two(10);
-    two.AppendVertex(P(0, 0));
-    two.AppendVertex(P(1, 0));
+    for (const SSEPoint& p : {P(0, 0), P(1, 0)}) two.AppendVertex(p);
     t_hdelaunaytriangle* kept = vek::test::AddTriangle(two, 0, 0, 0);
     two.Triangulate(2, true, true);
     EXPECT_FALSE(two.IsFinalized());
@@ -118,9 +110,9 @@ TEST(IncrementalInsertion, BoxCornersReuseAVertexAtTheCorner)
     ASSERT_EQ(d.GetNumVertices(), 7);  // the store grew for the three corners
     EXPECT_EQ(d.PointIndex(P(0, 0)), 0);
     for (const SSEPoint& corner : {P(10, 10), P(0, 10), P(10, 0)}) EXPECT_GE(d.PointIndex(corner), 4);
-    EXPECT_EQ(vek::test::Corners(Triangles(d.GetFinalList())).size(), 7u);
     // Two of the points lie on the box's border, so six vertices bound the
-    // tiling and it has 2 * 7 - 6 - 2 triangles.
+    // tiling of all seven, and it has 2 * 7 - 6 - 2 triangles.
+    EXPECT_EQ(vek::test::Corners(Triangles(d.GetFinalList())).size(), 7u);
     EXPECT_EQ(d.GetNumTriangles(), 6);
 }
 
@@ -128,9 +120,7 @@ TEST(IncrementalQueries, PointWhereUsesTheToleranceOnTwiceTheArea)
 {
     ZrCIncrementalDelaunay2D d(10);
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(0, 10), P(0.1f, 0), P(0, 0.04f)}) d.AppendVertex(p);
-    t_hdelaunaytriangle t{};
-    t.Vertex[1] = 1;
-    t.Vertex[2] = 2;
+    t_hdelaunaytriangle t = vek::test::Unlisted(0, 1, 2);
     const struct {
         float x, y;
         EPointWhere where;
@@ -144,12 +134,9 @@ TEST(IncrementalQueries, PointWhereUsesTheToleranceOnTwiceTheArea)
     // A clockwise triangle classifies by the mirrored test.
     std::swap(t.Vertex[1], t.Vertex[2]);
     EXPECT_EQ(d.PointWhere(2.0f, 2.0f, &t), ePointInside);
-
     // A counter-clockwise triangle of twice the area 0.004 counts as
     // clockwise, and nothing lies inside it.
-    t_hdelaunaytriangle thin{};
-    thin.Vertex[1] = 3;
-    thin.Vertex[2] = 4;
+    t_hdelaunaytriangle thin = vek::test::Unlisted(0, 3, 4);
     EXPECT_EQ(d.GetOrientation(&thin), -1);
     EXPECT_EQ(d.PointWhere(0.01f, 0.01f, &thin), ePointOutside);
 }
@@ -165,7 +152,7 @@ TEST(IncrementalQueries, LocateNearestAndVisible)
 
     t_hdelaunaytriangle* lower = d.FindTriangleFromCoords(2.0f, 1.0f);
     ASSERT_NE(lower, nullptr);
-    EXPECT_EQ(std::set<int>(lower->Vertex, lower->Vertex + 3), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(vek::test::CornerSet(lower), (std::set<int>{0, 1, 2}));
     EXPECT_EQ(d.FindTriangleFromCoords(5.0f, 5.0f), nullptr);  // on the diagonal
     EXPECT_EQ(d.FindTriangleFromCoords(15.0f, 5.0f), nullptr);
 
@@ -181,17 +168,14 @@ TEST(IncrementalQueries, LocateNearestAndVisible)
     EXPECT_EQ(d.NearestTriangle(lower, 0.5f, 0.0f), nullptr);
 
     // The bottom edge is the open side nearest to (5, -3) and the one that
-    // it sees; the working list is what this query walks.
+    // it sees; this query walks the working list.
     d.CopyFinalTriangleListToTriangleList();
     ESharedSide side = eSideNone;
-    EXPECT_EQ(d.FindNearestTriangle(4, side), lower);
-    EXPECT_EQ(side, eSide0);
-    EXPECT_TRUE(d.Visible(4, lower, side));
-    EXPECT_FALSE(d.Visible(4, lower, eSide1));
-    EXPECT_FALSE(d.Visible(4, lower, eSideNone));
+    EXPECT_EQ(std::pair(d.FindNearestTriangle(4, side), side), std::pair(lower, eSide0));
+    EXPECT_TRUE(d.Visible(4, lower, eSide0));
+    EXPECT_FALSE(d.Visible(4, lower, eSide1) || d.Visible(4, lower, eSideNone));
     d.AppendVertex(P(5, -3, 9));
-    EXPECT_EQ(d.CompareVertexXY(4, 5), 1);
-    EXPECT_EQ(d.CompareVertexXY(0, 1), 0);
+    EXPECT_EQ(std::pair(d.CompareVertexXY(4, 5), d.CompareVertexXY(0, 1)), std::pair(1, 0));
 }
 
 // A copy has its own records, linked afresh, in the source's order.
@@ -203,12 +187,12 @@ TEST(IncrementalLifetime, DeepCopyRebuildsTheSameGraph)
         ZrCIncrementalDelaunay2D source(40);
         for (int i = 0; i < 30; ++i) source.AppendVertex(P(float(i * 37 % 23), float(i * 11 % 17)));
         source.Triangulate(30, true, true);
-        sourceShape = vek::test::ListShape(source.GetFinalList());
+        sourceShape = ListShape(source.GetFinalList());
         copy.DeepCopyTriangulation(source, true);
         EXPECT_EQ(copy.GetNumVertices(), source.GetNumVertices());
     }
     EXPECT_TRUE(copy.IsFinalized());
-    EXPECT_EQ(vek::test::ListShape(copy.GetFinalList()), sourceShape);
+    EXPECT_EQ(ListShape(copy.GetFinalList()), sourceShape);
 }
 
 } // namespace

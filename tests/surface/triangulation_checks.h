@@ -8,6 +8,7 @@
 #include <cmath>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "support/sse_lanes.h"
@@ -24,10 +25,16 @@ inline SSEPoint P(float x, float y, float z = 0.0f)
 inline t_hdelaunaytriangle* AddTriangle(ZrCIncrementalDelaunay2D& d, int a, int b, int c)
 {
     t_hdelaunaytriangle* t = ZrCIncrementalDelaunay2D::InitNewTriangle();
-    t->Vertex[0] = a;
-    t->Vertex[1] = b;
-    t->Vertex[2] = c;
+    std::tie(t->Vertex[0], t->Vertex[1], t->Vertex[2]) = std::tuple(a, b, c);
     d.AppendTriangle(t);
+    return t;
+}
+
+// A record over vertices a, b, c that belongs to no list.
+inline t_hdelaunaytriangle Unlisted(int a, int b, int c)
+{
+    t_hdelaunaytriangle t{};
+    std::tie(t.Vertex[0], t.Vertex[1], t.Vertex[2]) = std::tuple(a, b, c);
     return t;
 }
 
@@ -43,6 +50,11 @@ struct Point2 {
     double x;
     double y;
 };
+
+inline std::vector<int> CornersOf(const t_hdelaunaytriangle* t)
+{
+    return {t->Vertex[0], t->Vertex[1], t->Vertex[2]};
+}
 
 inline std::vector<t_hdelaunaytriangle*> Triangles(CList<t_hdelaunaytriangle*>& list)
 {
@@ -67,10 +79,15 @@ inline double SignedArea(const ZrCIncrementalDelaunay2D& d, const t_hdelaunaytri
     return Cross(At(d, t->Vertex[0]), At(d, t->Vertex[1]), At(d, t->Vertex[2])) / 2.0;
 }
 
+inline std::set<int> CornerSet(const t_hdelaunaytriangle* t)
+{
+    return {t->Vertex[0], t->Vertex[1], t->Vertex[2]};
+}
+
 inline std::multiset<std::set<int>> CornerSets(CList<t_hdelaunaytriangle*>& list)
 {
     std::multiset<std::set<int>> sets;
-    for (const t_hdelaunaytriangle* t : Triangles(list)) sets.insert({t->Vertex[0], t->Vertex[1], t->Vertex[2]});
+    for (const t_hdelaunaytriangle* t : Triangles(list)) sets.insert(CornerSet(t));
     return sets;
 }
 
@@ -79,17 +96,14 @@ inline std::multiset<std::set<int>> CornerSets(CList<t_hdelaunaytriangle*>& list
 inline std::string LinkFault(const std::vector<t_hdelaunaytriangle*>& triangles)
 {
     const std::set<const t_hdelaunaytriangle*> live(triangles.begin(), triangles.end());
+    const auto side = [](const t_hdelaunaytriangle* t, int s) { return std::set{t->Vertex[s], t->Vertex[(s + 1) % 3]}; };
     for (const t_hdelaunaytriangle* t : triangles) {
         for (int s = 0; s < 3; ++s) {
             const t_hdelaunaytriangle* n = t->Neighbour[s];
             if (n == nullptr) continue;
             if (live.count(n) == 0) return "link to a triangle outside the list";
-            const std::set<int> side = {t->Vertex[s], t->Vertex[(s + 1) % 3]};
             bool returned = false;
-            for (int k = 0; k < 3; ++k) {
-                const std::set<int> sideOfN = {n->Vertex[k], n->Vertex[(k + 1) % 3]};
-                returned = returned || (n->Neighbour[k] == t && sideOfN == side);
-            }
+            for (int k = 0; k < 3; ++k) returned = returned || (n->Neighbour[k] == t && side(n, k) == side(t, s));
             if (!returned) return "link not returned across the same side";
         }
     }

@@ -24,25 +24,23 @@ CSSE3dPolygon Polygon(const std::vector<Xyz>& points)
     return polygon;
 }
 
-SSEPoint PointSse(const CSSE3dPolygon& polygon, int i)
-{
-    SSEPoint p;
-    polygon.GetPointSSE(i, p);
-    return p;
-}
-
 void ExpectNear(const SSEPoint& p, const Lanes4& expected)
 {
     for (int lane = 0; lane < 4; ++lane) EXPECT_NEAR(p.lane[lane], expected[lane], 1e-5) << "lane " << lane;
 }
 
+void ExpectNear(const CSSE3dPolygon& polygon, int i, const Lanes4& expected)
+{
+    SSEPoint p;
+    polygon.GetPointSSE(i, p);
+    ExpectNear(p, expected);
+}
+
 TEST(VertexContainer, CapacityGrowsOnlyWhenAskedAndKeepsIndices)
 {
     ZrCSSEVertexContainer store(2);
-    store.AppendVertex(Sse(1, 2, 3));
-    store.AppendVertex(Sse(4, 5, 6));
-    store.AppendVertex(Sse(7, 8, 9));  // full: lost without a word
-    EXPECT_EQ(store.GetNumVertices(), 2);
+    for (const SSEPoint& p : {Sse(1, 2, 3), Sse(4, 5, 6), Sse(7, 8, 9)}) store.AppendVertex(p);
+    EXPECT_EQ(store.GetNumVertices(), 2);  // full: the third is lost without a word
 
     store.ReallocSize(3);
     store.AppendVertex(Sse(7, 8, 9));
@@ -60,13 +58,11 @@ TEST(VertexContainer, CapacityGrowsOnlyWhenAskedAndKeepsIndices)
 
     store.ReallocSize(0);
     store.AppendVertex(Sse(1, 1, 0));
-    EXPECT_EQ(store.GetNumVertices(), 0);
-    EXPECT_EQ(store.GetMaxNumVertices(), 0);
+    EXPECT_EQ(std::pair(store.GetNumVertices(), store.GetMaxNumVertices()), std::pair(0, 0));
     // A negative capacity is recorded as it is and stores nothing.
     ZrCSSEVertexContainer negative(-3);
     negative.AppendVertex(Sse(1, 1, 0));
-    EXPECT_EQ(negative.GetMaxNumVertices(), -3);
-    EXPECT_EQ(negative.GetNumVertices(), 0);
+    EXPECT_EQ(std::pair(negative.GetNumVertices(), negative.GetMaxNumVertices()), std::pair(0, -3));
 }
 
 TEST(VertexContainer, LookupsTakeTheFirstMatchAndZOnlyIn3D)
@@ -115,23 +111,19 @@ TEST(VertexContainer, PolygonsAndFieldsGiveVerticesAndHeights)
     // Heights from a second line, matched by nearest point; a polygon point
     // without a vertex equal in x, y and z changes nothing.
     store.ResetVertexFromPolygon(Polygon({{6.5f, 1, 3}, {1.5f, 1, 2}}), Polygon({{6.5f, 1.5f, 4}, {0, 0, 10}}));
-    EXPECT_EQ(store.GetVertex(1).z, 4.0f);
-    EXPECT_EQ(store.GetVertex(0).z, 1.0f);
+    EXPECT_EQ(std::pair(store.GetVertex(0).z, store.GetVertex(1).z), std::pair(1.0f, 4.0f));
 
     // Cell (x, y) is truncate(coordinate + 0.5), clamped to the field.
     CSSEMatrix field;
     field.Create(4, 3);
-    for (int y = 0; y < 3; ++y) {
-        for (int x = 0; x < 4; ++x) field.SetPoint(x, y, 10.0f * x + y);
-    }
+    for (int i = 0; i < 12; ++i) field.SetPoint(i % 4, i / 4, 10.0f * float(i % 4) + float(i / 4));
     ZrCSSEVertexContainer cells(4);
     for (const SSEPoint& p : {Sse(0.4f, 0.6f, 0), Sse(-5, 100, 0), Sse(2.5f, 1.49f, 0), Sse(1e30f, -1e30f, 0)}) {
         cells.AppendVertex(p);
     }
     cells.SetVertexZFromMatrix(field);
-    std::vector<float> z;
-    for (int i = 0; i < 4; ++i) z.push_back(cells.GetVertex(i).z);
-    EXPECT_EQ(z, (std::vector<float>{1, 2, 31, 30}));
+    EXPECT_EQ((Lanes4{cells.GetVertex(0).z, cells.GetVertex(1).z, cells.GetVertex(2).z, cells.GetVertex(3).z}),
+              (Lanes4{1, 2, 31, 30}));
 }
 
 TEST(VertexContainer, ProjectionCutAndTurns)
@@ -141,8 +133,8 @@ TEST(VertexContainer, ProjectionCutAndTurns)
     CSSE3dPolygon projected;
     ZrCSSEVertexContainer::CalcProjectPolygon(Sse(0, 0, 0), Sse(h, h, 0), Polygon({{5, 5, 1}, {2, 0, 1}}), projected);
     ASSERT_EQ(projected.GetNumPoints(), 2);
-    ExpectNear(PointSse(projected, 0), {0, 0, 1, 0});
-    ExpectNear(PointSse(projected, 1), {1, -1, 1, 0});
+    ExpectNear(projected, 0, {0, 0, 1, 0});
+    ExpectNear(projected, 1, {1, -1, 1, 0});
 
     // Points 0 and 2 are closer than 1.5 to their partners, point 1 just
     // 1.5 away; polygons of different lengths leave the result alone.
@@ -165,24 +157,17 @@ TEST(VertexContainer, ProjectionCutAndTurns)
 
 TEST(VertexContainer, TurnIntoTheViewDirection)
 {
-    // Along +z nothing turns.
-    SSEPoint a = Sse(1, 2, 3);
-    SSEPoint c = Sse(7, -8, 9);
-    CSSE3dPolygon polygon = Polygon({{1, 1, 1}});
-    ZrCSSEVertexContainer::MoveTriangulationAndPolygonWithAngle(&a, nullptr, c, Sse(0, 0, 5), &polygon, false);
-    EXPECT_EQ(Lanes(a), (Lanes4{1, 2, 3, 0}));
-    EXPECT_EQ(Lanes(c), (Lanes4{7, -8, 9, 0}));
-    EXPECT_EQ(vek::test::PointOf(polygon, 0), (Xyz{1, 1, 1}));
-
-    // Any direction, turned with the rest, ends on the target axis with its
-    // length; inverted, on the negative axis.
+    // The direction, and every point along it that is turned with it, ends
+    // on the target axis with its length; inverted, on the negative axis.
     for (const bool invert : {false, true}) {
         const SSEPoint direction = Sse(2, -3, 6);  // length 7
-        SSEPoint turned = direction;
-        CSSE3dPolygon line = Polygon({{2, -3, 6}});
-        ZrCSSEVertexContainer::MoveTriangulationAndPolygonWithAngle(nullptr, nullptr, turned, direction, &line, invert);
-        ExpectNear(turned, {0, 0, invert ? -7.0f : 7.0f, 0});
-        ExpectNear(PointSse(line, 0), vek::test::Lanes(turned));
+        SSEPoint first = direction, second = Sse(4, -6, 12), third = direction;
+        CSSE3dPolygon line = Polygon({{-2, 3, -6}});
+        ZrCSSEVertexContainer::MoveTriangulationAndPolygonWithAngle(&first, &second, third, direction, &line, invert);
+        const float z = invert ? -7.0f : 7.0f;
+        for (const SSEPoint& p : {first, third}) ExpectNear(p, {0, 0, z, 0});
+        ExpectNear(second, {0, 0, 2 * z, 0});
+        ExpectNear(line, 0, {0, 0, -z, 0});
     }
 }
 
@@ -200,8 +185,7 @@ TEST(VertexContainer, MatchingACoarseClosedPolygonWithAFineOne)
     square = Polygon(corners);
     int fresh[4] = {0, 1, 2, 3};
     ZrCSSEVertexContainer::FindClosedPolygonSafe(Polygon({{-1, 2, 0}}), square, fresh);
-    EXPECT_EQ(vek::test::PointOf(square, 0), corners[0]);
-    EXPECT_EQ(fresh[0], 0);
+    EXPECT_EQ(std::pair(vek::test::PointOf(square, 0), fresh[0]), std::pair(corners[0], 0));
 
     // The fine line is the square resampled, and `map` says where each
     // corner went; the target is the square itself.
