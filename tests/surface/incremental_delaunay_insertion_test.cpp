@@ -152,7 +152,7 @@ TEST(IncrementalQueries, LocateNearestAndVisible)
 
     t_hdelaunaytriangle* lower = d.FindTriangleFromCoords(2.0f, 1.0f);
     ASSERT_NE(lower, nullptr);
-    EXPECT_EQ(vek::test::CornerSet(lower), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(vek::test::Corners({lower}), (std::set<int>{0, 1, 2}));
     EXPECT_EQ(d.FindTriangleFromCoords(5.0f, 5.0f), nullptr);  // on the diagonal
     EXPECT_EQ(d.FindTriangleFromCoords(15.0f, 5.0f), nullptr);
 

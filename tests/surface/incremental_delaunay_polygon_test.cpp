@@ -34,40 +34,32 @@ TEST(PolygonTriangulation, MarksTrianglesOutsideTheBorderPolygon)
     d.Triangulate(border, d.GetNumVertices(), 1);
 
     const std::vector<t_hdelaunaytriangle*> triangles = Triangles(d.GetFinalList());
-    ASSERT_FALSE(triangles.empty());
-    EXPECT_TRUE(d.GetTriangleList().IsEmpty()); // finalized
+    ASSERT_TRUE(d.GetTriangleList().IsEmpty() && !triangles.empty());  // finalized
     EXPECT_EQ(vek::test::LinkFault(triangles), "");
-    int outside = 0;
+    int outside = 0;  // the hull of the L spans the notch, which only Outside triangles fill
     for (const t_hdelaunaytriangle* t : triangles) {
-        double cx = 0, cy = 0;
-        for (int k = 0; k < 3; ++k) {
-            cx += vek::test::At(d, t->Vertex[k]).x / 3.0;
-            cy += vek::test::At(d, t->Vertex[k]).y / 3.0;
-        }
+        const auto at = [&](int k) { return vek::test::At(d, t->Vertex[k]); };
+        const double cx = (at(0).x + at(1).x + at(2).x) / 3, cy = (at(0).y + at(1).y + at(2).y) / 3;
         EXPECT_EQ(t->Outside, !InsideL(cx, cy)) << cx << ", " << cy;
-        outside += t->Outside ? 1 : 0;
+        outside += t->Outside;
     }
-    // The hull of the L spans the notch, which only Outside triangles fill.
     EXPECT_GT(outside, 0);
     EXPECT_EQ(vek::test::Corners(triangles).size(), static_cast<std::size_t>(d.GetNumVertices()));
 }
 
 TEST(PolygonTriangulation, StartsFromTheExtremePointsAndStaysInTheWorkingList)
 {
-    // Each point takes at most one role, max x first: points 0, 1 and 2 each
-    // raise the max x in turn, so point 3, below the starting min x, becomes
-    // the min-x point and no point is left for max y, which falls to vertex 0.
-    // The first triangle is thus (3, 2, 0). Vertex 1 lies in its circle, and
-    // the Delaunay rule then takes the diagonal 1-3 of the quadrilateral:
-    // vertex 3 lies well inside the circle through 0, 1 and 2 (centre (5, 12),
-    // radius 13).
+    // Each point takes one role, max x first: 0, 1, 2 raise it in turn, 3
+    // becomes min x, and max y falls to vertex 0, so the first triangle is
+    // (3, 2, 0). Vertex 3 lies well inside the circle through 0, 1 and 2
+    // (centre (5, 12), radius 13), so the diagonal is 1-3.
     CSSE3dPolygon border;
     vek::test::Fill(border, {{0, 0, 0}, {5, -1, 0}, {10, 0, 0}, {5, 8, 0}});
     ZrCIncrementalDelaunay2D d(10);
     d.AddPolygon(border, false);
     d.Triangulate(border, 3, 0);
 
-    EXPECT_TRUE(d.GetFinalList().IsEmpty()); // not finalized
+    EXPECT_TRUE(d.GetFinalList().IsEmpty());  // not finalized
     const std::vector<t_hdelaunaytriangle*> triangles = Triangles(d.GetTriangleList());
     for (const t_hdelaunaytriangle* t : triangles) EXPECT_GT(vek::test::SignedArea(d, t), 0.0);  // counter-clockwise
     EXPECT_EQ(vek::test::CornerSets(d.GetTriangleList()), (std::multiset<std::set<int>>{{0, 1, 3}, {1, 2, 3}}));
@@ -106,22 +98,17 @@ TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeigh
     EXPECT_TRUE(near->Ignore && near->Processed);
     EXPECT_EQ(vek::test::Triangles(queue), (std::vector<t_hdelaunaytriangle*>{b, a}));  // side 0 before side 2
     EXPECT_TRUE(a->Visited && b->Visited);
-    // Processed already: nothing happens, even with a changed flag.
-    near->Ignore = false;
+    near->Ignore = false;  // processed already: nothing happens
     d.CheckTrianguleAndProcessList(near, nullptr, &queue, 1.5f, 0.5f, line);
     EXPECT_FALSE(near->Ignore);
     // Just beyond the limit: the mark goes, nothing is queued.
     d.CheckTrianguleAndProcessList(far, nullptr, &queue, 8.5f, 0.4f, line);
-    EXPECT_FALSE(far->Ignore);
-    EXPECT_TRUE(far->Processed);
+    EXPECT_TRUE(!far->Ignore && far->Processed);
     EXPECT_EQ(queue.GetCount(), 2);
 
-    // A closed strip of 100 points: 0 ... 49 along y = 0, 50 ... 99 back
-    // along y = 2. On a polygon that long the corners must be near one
-    // stretch of it, of at most 100 / 10 points: not so a triangle between
-    // the two shores, near points 10 and 89, 21 apart either way round, nor
-    // one near points 35 ... 46 along one shore; but one near 98, 99, 0 and
-    // 1, which wraps round the start, and one near 20 ... 30.
+    // A closed strip: points 0 ... 49 along y = 0, 50 ... 99 back along y = 2.
+    // The corners must be near one stretch of at most 100 / 10 points: not
+    // near 10 and 89, nor 35 ... 46; but near 98 ... 1 round the start, or 20 ... 30.
     std::vector<vek::test::Xyz> strip = vek::test::Row(50);
     for (int i = 49; i >= 0; --i) strip.push_back({static_cast<float>(i), 2.0f, 0.0f});
     vek::test::Fill(line, strip);

@@ -14,6 +14,7 @@
 
 namespace {
 
+using vek::test::At;
 using vek::test::Point2;
 using PointSet = std::vector<Point2>;
 
@@ -37,33 +38,28 @@ double HullArea(PointSet points)
     return area / 2.0;
 }
 
-// Vertices strictly inside the circumcircle of some triangle by more than
-// `relative` of its radius, counted over all triangles.
+// Corners inside a triangle's circumcircle by more than `relative` of its radius.
 int DelaunayViolations(const ZrCIncrementalDelaunay2D& d, const std::vector<t_hdelaunaytriangle*>& triangles,
                        const std::set<int>& corners, double relative)
 {
     int violations = 0;
     for (const t_hdelaunaytriangle* t : triangles) {
-        const Point2 a = vek::test::At(d, t->Vertex[0]);
-        const Point2 b = vek::test::At(d, t->Vertex[1]);
-        const Point2 c = vek::test::At(d, t->Vertex[2]);
+        const Point2 a = At(d, t->Vertex[0]), b = At(d, t->Vertex[1]), c = At(d, t->Vertex[2]);
         const double den = 2.0 * (a.x * (b.y - c.y) + b.x * (c.y - a.y) + c.x * (a.y - b.y));
         const double a2 = a.x * a.x + a.y * a.y, b2 = b.x * b.x + b.y * b.y, c2 = c.x * c.x + c.y * c.y;
         const double ux = (a2 * (b.y - c.y) + b2 * (c.y - a.y) + c2 * (a.y - b.y)) / den;
         const double uy = (a2 * (c.x - b.x) + b2 * (a.x - c.x) + c2 * (b.x - a.x)) / den;
         const double r = std::hypot(a.x - ux, a.y - uy);
         for (int v : corners) {
-            const Point2 p = vek::test::At(d, v);
+            const Point2 p = At(d, v);
             violations += std::hypot(p.x - ux, p.y - uy) < r * (1.0 - relative);
         }
     }
     return violations;
 }
 
-// Uniform, clustered, on a shuffled grid (many cocircular quadruples), with
-// repeated points, and with collinear runs along a row, a column and a
-// diagonal mixed in. Uniform floats come from a fixed-seed Mersenne twister,
-// converted by hand, so that the sets are the same with every standard library.
+// Uniform, clustered, on a shuffled grid (cocircular quadruples), with repeats,
+// and with collinear runs; converted by hand, the same with every library.
 struct Families {
     std::mt19937 engine{20240611};
     double Between(double lo, double hi) { return lo + (hi - lo) * (engine() / 4294967296.0); }
@@ -97,12 +93,11 @@ struct Families {
         for (int i = 0; i < n / 5; ++i) points.push_back(points[Index(n)]);
         return points;
     }
-    PointSet WithCollinearRuns(int n)
+    PointSet WithCollinearRuns(int n)  // along a row, a column and a diagonal
     {
         PointSet points = Uniform(n);
         for (int i = 0; i < 12; ++i) {
-            points.insert(points.end(),
-                          {{4.0 + 7.5 * i, 50.0}, {33.0, 6.0 + 7.0 * i}, {10.0 + 6.0 * i, 12.0 + 6.0 * i}});
+            points.insert(points.end(), {{4 + 7.5 * i, 50}, {33, 6 + 7.0 * i}, {10 + 6.0 * i, 12 + 6.0 * i}});
         }
         return points;
     }
@@ -113,8 +108,6 @@ void Store(ZrCIncrementalDelaunay2D& d, const PointSet& points)
     for (const Point2& p : points) d.AppendVertex(vek::test::P(static_cast<float>(p.x), static_cast<float>(p.y)));
 }
 
-// Checks everything that a finalized triangulation of the stored vertices
-// must satisfy.
 void ExpectValidDelaunay(ZrCIncrementalDelaunay2D& d)
 {
     ASSERT_TRUE(d.IsFinalized());
@@ -122,8 +115,7 @@ void ExpectValidDelaunay(ZrCIncrementalDelaunay2D& d)
     ASSERT_FALSE(triangles.empty());
     EXPECT_EQ(vek::test::LinkFault(triangles), "");
 
-    // One winding: every triangle counter-clockwise.
-    double area = 0.0;
+    double area = 0.0;  // one winding: every triangle counter-clockwise
     for (const t_hdelaunaytriangle* t : triangles) {
         EXPECT_GT(vek::test::SignedArea(d, t), 0.0);
         area += vek::test::SignedArea(d, t);
@@ -137,9 +129,8 @@ void ExpectValidDelaunay(ZrCIncrementalDelaunay2D& d)
         all.push_back({v.x, v.y});
         EXPECT_EQ(corners.count(i) == 1, seen.insert({v.x, v.y}).second) << "vertex " << i;
     }
-    // The triangles tile a disk (Euler: T = 2V - B - 2 with B border edges)
-    // whose area is that of the convex hull: the hull is covered without
-    // overlap.
+    // A disk (T = 2V - B - 2, B border edges) of the hull's area: the hull
+    // is covered without overlap.
     const int open = vek::test::OpenSides(triangles);
     EXPECT_EQ(static_cast<int>(triangles.size()), 2 * static_cast<int>(corners.size()) - open - 2);
     const double hull = HullArea(all);
@@ -168,7 +159,7 @@ TEST(IncrementalDelaunayProperties, BothFormsTileTheHullUnderTheDelaunayRule)
         }
     }
 
-    // Inserted one by one into a finished triangulation, they keep it valid.
+    // Points inserted one by one into a finished triangulation keep it valid.
     const PointSet first = f.Uniform(60);
     const PointSet later = f.Uniform(60);
     ZrCIncrementalDelaunay2D d(static_cast<int>(first.size() + later.size()) + 4);
@@ -181,8 +172,7 @@ TEST(IncrementalDelaunayProperties, BothFormsTileTheHullUnderTheDelaunayRule)
     ExpectValidDelaunay(d);
 }
 
-// The list order is part of the behaviour, since later passes walk it: the
-// same input gives the same triangles, links and order on every run.
+// Later passes walk the lists: the same input gives the same order every run.
 TEST(IncrementalDelaunayProperties, SameInputGivesTheSameListOnEveryRun)
 {
     const PointSet points = Families{}.WithDuplicates(150);

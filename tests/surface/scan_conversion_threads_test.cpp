@@ -1,6 +1,5 @@
-// The scan conversion: its samplers, called on the test's own thread, and
-// the five-worker drivers, whose bands merged from five threads give the bits
-// of one sampler run over all triangles.
+// The scan conversion: its samplers on the test's own thread, and the
+// five-worker drivers, whose merged bands give the bits of one sampler run.
 
 #include <gtest/gtest.h>
 
@@ -25,10 +24,7 @@ using vek::test::P;
 
 constexpr float kBackground = -77.0f;
 
-float SentinelOf(bool keepMax)
-{
-    return keepMax ? -999999.9f : 999999.9f;
-}
+float SentinelOf(bool keepMax) { return keepMax ? -999999.9f : 999999.9f; }
 
 // A field with every cell the sentinel, for calling a sampler by hand.
 void SentinelField(CSSEMatrix& m, int sizeX, int sizeY, bool keepMax)
@@ -53,8 +49,7 @@ std::vector<std::uint32_t> CellBits(const CSSEMatrix& m)
 
 enum class Form { Plain, Visible, Unvisible, ZRange, Inside };
 
-// The sampler of one form over the stretch first ... last (for the inside
-// form: the lines first ... last, not only inner ones unless `inner`).
+// The sampler of one form over the stretch first ... last (lines, for the inside form).
 void Sample(Form form, ZrCIncrementalDelaunay2D& d, CSSEMatrix* m, const SSEPoint& o, int first, int last, bool k,
             float zMax = 2.5f, float zMin = -1.0f, bool inner = false)
 {
@@ -83,8 +78,7 @@ void Drive(Form form, ZrCIncrementalDelaunay2D& d, CSSEMatrix* m, SSEPoint& o, b
 
 using Cells = std::set<std::pair<int, int>>;
 
-// Samples triangles first ... last of d into a sentinel field of the given
-// size and returns the cells written.
+// The cells that one sampler run writes into a sentinel field.
 Cells Written(ZrCIncrementalDelaunay2D& d, int sizeX, int sizeY, Form form, int first, int last, bool keepMax,
               float zMax = 2.5f, float zMin = -1.0f, bool inner = false)
 {
@@ -100,10 +94,9 @@ Cells Written(ZrCIncrementalDelaunay2D& d, int sizeX, int sizeY, Form form, int 
 
 TEST(ScanConversionSampler, CellsFollowTheResolutionAndTheLattice)
 {
-    // A flat triangle x + y <= 4 at height 4, half a unit per cell in x and
-    // y and two per cell in z: a sample's value is (origin.z + z - 4) / 2.
-    // Cell (X, Y) spans (X - 0.5) / 2 ... (X + 0.5) / 2: those with
-    // X + Y <= 7 lie wholly inside, those with X + Y >= 10 wholly outside.
+    // x + y <= 4 at height 4, cells of 0.5 in x and y and 2 in z: samples
+    // read (origin.z + z - 4) / 2. Cells with X + Y <= 7 lie wholly inside,
+    // those with X + Y >= 10 wholly outside.
     ZrCIncrementalDelaunay2D flat(8);
     AddTriangle(flat, P(0, 0, 4), P(4, 0, 4), P(0, 4, 4));
     flat.CalcBoundingBox();
@@ -118,11 +111,9 @@ TEST(ScanConversionSampler, CellsFollowTheResolutionAndTheLattice)
     });
     EXPECT_EQ(m.GetPoint(8, 0), 5.0f);  // corner b, 4 / 0.5 = 8
 
-    // z = x + y over a triangle ten cells wide, into a field of 3 x 3:
-    // samples beyond the field land in its border cells. Everything from
-    // x, y >= 1.5 on piles into cell (2, 2), whose lowest lattice point is
-    // (1.6, 1.6): the step is a fifth of the cell diagonal over the longer
-    // edge, sqrt(2) / (10 sqrt(2)) / 5, and 0.2 apart in x and y.
+    // z = x + y, ten cells wide, into 3 x 3: samples beyond land in the
+    // border cells. Cell (2, 2)'s lowest lattice point is (1.6, 1.6), the
+    // step being a fifth of the cell diagonal over the longer edge.
     ZrCIncrementalDelaunay2D wide(4);
     AddTriangle(wide, P(0, 0, 0), P(10, 0, 10), P(0, 10, 10));
     wide.CalcBoundingBox();
@@ -141,10 +132,8 @@ TEST(ScanConversionSampler, CellsFollowTheResolutionAndTheLattice)
 
 TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
 {
-    // Five triangles, in cells x = 0, 4, 8, 12, 16 of a field one row high:
-    // 0 faces up at z 1, 1 down at z 5, 2 up at z 9, 3 stands upright at
-    // z 1 ... 3 with a normal of z 0, and 4 comes after the normals, at z 1,
-    // and has none.
+    // Triangle i in cells x = 4 i: 0 faces up at z 1, 1 down at z 5, 2 up at
+    // z 9, 3 upright at z 1 ... 3, 4 at z 1 without a normal.
     ZrCIncrementalDelaunay2D d(16);
     t_hdelaunaytriangle* up = AddTriangle(d, P(0, 0, 1), P(1, 0, 1), P(0, 0.4f, 1));
     t_hdelaunaytriangle* down = AddTriangle(d, P(4, 0, 5), P(4, 0.4f, 5), P(5, 0, 5));
@@ -159,8 +148,7 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
         return triangles;
     };
     using S = std::set<int>;
-    // A stretch is first ... last into the list, both inclusive; an index
-    // outside it stands for the end.
+    // First ... last, both inclusive; a last outside the list is its end.
     EXPECT_EQ(sampled(Form::Plain, 0, 4, true), (S{0, 1, 2, 3, 4}));
     EXPECT_EQ(sampled(Form::Plain, 1, 1, true), (S{1}));
     EXPECT_EQ(sampled(Form::Plain, 3, 99, true), (S{3, 4}));
@@ -168,8 +156,7 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
     EXPECT_EQ(sampled(Form::Plain, 5, 6, true), (S{}));
     EXPECT_EQ(sampled(Form::Plain, -1, 2, true), (S{}));
     EXPECT_EQ(sampled(Form::Plain, 2, 0, true), (S{}));
-    // Visible are the faces towards the kept extreme, up for a maximum; an
-    // upright face is either.
+    // Visible faces look towards the kept extreme; an upright face is both.
     EXPECT_EQ(sampled(Form::Visible, 0, 4, true), (S{0, 2, 3}));
     EXPECT_EQ(sampled(Form::Unvisible, 0, 4, true), (S{1, 3}));
     EXPECT_EQ(sampled(Form::Visible, 0, 4, false), (S{1, 3}));
@@ -179,9 +166,8 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, false, 1, 1), (S{0, 3, 4}));
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, true, 9, 5), (S{1, 2}));
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, true, 4, 6), (S{}));
-    // Inside: lines rather than list indices; corners lie at y 0 and 0.4,
-    // so lines 1 ... 5 miss them all. Outside, Border and SubEdge triangles
-    // are left out; without `inner` also one next to a SubEdge or Border one.
+    // Inside: lines (all corners at y 0 and 0.4); Outside, Border and SubEdge
+    // triangles are left out, without `inner` also their neighbours.
     EXPECT_EQ(sampled(Form::Inside, 0, 0, true), (S{0, 1, 2, 3, 4}));
     EXPECT_EQ(sampled(Form::Inside, 1, 5, true), (S{}));
     up->Outside = true;
@@ -190,9 +176,8 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
     EXPECT_EQ(sampled(Form::Inside, 0, 0, true, 0, 0, true), (S{1, 3, 4}));
     EXPECT_EQ(sampled(Form::Inside, 0, 0, true, 0, 0, false), (S{3, 4}));
 
-    // A sliver far below a cell still leaves corners a and b, which fall in
-    // two cells; three corners in one point leave corner a only. Triangle 0
-    // only pins the box to (0, 0).
+    // A sliver below a cell still leaves corners a and b; three corners in
+    // one point leave corner a only. Triangle 0 pins the box to (0, 0).
     ZrCIncrementalDelaunay2D tiny(12);
     AddTriangle(tiny, P(0, 0, 1), P(0.1f, 0, 1), P(0, 0.1f, 1));
     AddTriangle(tiny, P(2.45f, 2, 1), P(2.55f, 2, 1), P(2.45f, 2.05f, 1));
@@ -204,12 +189,10 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
 
 TEST(FastScanConversion, AnalyticSurfacesComeBackWithinTheLatticeError)
 {
-    // Grid points (i, j, f(i, j)), 0 <= i, j <= 12, triangulated from the box
-    // corners. A cell (X, Y) reads within the range of f over the part of
-    // [X - 0.5, X + 0.5) x [Y - 0.5, Y + 0.5) inside the grid, read on a fine
-    // grid, widened by how far the grid triangles may depart from f: 0 for a
-    // plane, half a unit where a pyramid's ridge crosses a grid diagonal,
-    // a R^2 for the paraboloid a |p|^2 over right triangles of legs 1.
+    // Grid points (i, j, f(i, j)), 0 <= i, j <= 12. A cell reads within the
+    // range of f over its square, widened by how far grid triangles depart
+    // from f: 0 for a plane, 0.5 where a pyramid's ridge crosses a diagonal,
+    // a R^2 for a paraboloid a |p|^2 over right triangles of legs 1.
     const int n = 12;
     const struct {
         const char* name;
@@ -251,8 +234,7 @@ TEST(FastScanConversion, AnalyticSurfacesComeBackWithinTheLatticeError)
 
 TEST(FastScanConversion, KeepMaxTakesTheUpperOfTwoSheets)
 {
-    // A square at 20 over part of one at 10, in either list order, each
-    // square as two triangles.
+    // A square at 20 over part of one at 10, in either list order.
     const auto square = [](ZrCIncrementalDelaunay2D& d, float x0, float size, float z) {
         AddTriangle(d, P(x0, x0, z), P(x0 + size, x0, z), P(x0 + size, x0 + size, z));
         AddTriangle(d, P(x0, x0, z), P(x0 + size, x0 + size, z), P(x0, x0 + size, z));
@@ -279,9 +261,8 @@ TEST(FastScanConversion, KeepMaxTakesTheUpperOfTwoSheets)
     }
 }
 
-// Random triangles over shared random vertices, overlapping and folding,
-// some degenerate, with random border flags and links. Corner y are whole
-// numbers, so that the line bands of the inside form leave no gaps.
+// Random overlapping, folded and degenerate triangles with random flags and
+// links; whole-number y, so that the inside form's line bands leave no gaps.
 void RandomTriangles(ZrCIncrementalDelaunay2D& d, int count, std::uint32_t seed)
 {
     std::mt19937 engine(seed);
@@ -321,8 +302,7 @@ TEST(FastScanConversion, FiveWorkersGiveTheBitsOfOneSamplerRun)
                 Drive(form, d, &banded, origin, keepMax, &reference);
                 ASSERT_GT(banded.GetSizeX(), 0);
 
-                // Cells no triangle reaches read the background (0 for the
-                // inside form): the sentinel of a sampler run is replaced.
+                // The sentinel becomes the background (0 for the inside form).
                 CSSEMatrix single;
                 SentinelField(single, banded.GetSizeX(), banded.GetSizeY(), keepMax);
                 const int last = form == Form::Inside ? single.GetSizeY() - 1 : count - 1;

@@ -26,10 +26,8 @@ void LinkAll(const Fan& triangles)
     }
 }
 
-// Vertex 0 at the origin and vertices 1 to 6 around it; fan triangle i is
-// (0, i, i + 1), so its side 0 faces fan triangle i - 1 and its side 2 fan
-// triangle i + 1. Closed, the sixth triangle joins 6 to 1; open, it is left
-// out.
+// Fan triangle i is (0, i, i + 1) around the centre vertex 0: side 0 faces
+// fan triangle i - 1, side 2 fan triangle i + 1. Only a closed fan has (0, 6, 1).
 Fan MakeFan(Graph& g, bool closed)
 {
     g.AppendVertex(P(0, 0));
@@ -72,9 +70,8 @@ TEST(TriangleGraph, FanWalksGoOnceAroundOrFinishInASecondPhase)
     Graph g(20);
     const Fan fan = MakeFan(g, true);
     CList<t_hdelaunaytriangle*> found;
-    // From fan triangle 3 across its side 2 (towards 4): the start and its
-    // first neighbour are the caller's own, the other four come in order,
-    // and a second walk finds them visited already.
+    // From fan triangle 3 towards 4: the start and its first neighbour are
+    // the caller's own; a second walk finds the others visited already.
     Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, &found);
     EXPECT_EQ(Triangles(found), (Fan{fan[4], fan[5], fan[0], fan[1]}));
     Graph::FindTrianglesWithCommonVertex(0, fan[2], 2, &found);
@@ -88,28 +85,25 @@ TEST(TriangleGraph, FanWalksGoOnceAroundOrFinishInASecondPhase)
     EXPECT_TRUE(Graph::SearchAroundVertex(fan[2], 0, 2));
     // Renaming spares the start and its first neighbour.
     Graph::ResetVertexInTriangles(0, 9, fan[0], 2);
-    std::vector<int> centres;
-    for (const t_hdelaunaytriangle* t : fan) centres.push_back(t->Vertex[0]);
-    EXPECT_EQ(centres, (std::vector<int>{0, 0, 9, 9, 9, 9}));
+    EXPECT_EQ(std::vector({fan[0]->Vertex[0], fan[1]->Vertex[0], fan[2]->Vertex[0], fan[5]->Vertex[0]}),
+              std::vector({0, 0, 9, 9}));
 
-    // Open: across side 2 the first phase reaches fan triangle 5 and the
-    // border; the second sets out across side 0, from fan triangle 2.
+    // Open: the first phase meets the border at fan triangle 5; the second
+    // sets out across side 0 of the start.
     Graph open(20);
     const Fan part = MakeFan(open, false);
     EXPECT_TRUE(Graph::SearchAroundVertex(part[2], 0, 2));
     CList<t_hdelaunaytriangle*> walked;
     Graph::FindTrianglesWithCommonVertex(0, part[2], 2, &walked);
     EXPECT_EQ(Triangles(walked), (Fan{part[4], part[1], part[0]}));
-    // Across side 0 first, the second phase still remembers fan triangle 2
-    // as the one it came from, steps straight back onto the start and ends:
-    // fan triangle 5, and with it vertex 6, is never reached.
+    // Across side 0 first, the second phase, still remembering where it came
+    // from, steps back onto the start and ends: vertex 6 is never reached.
     EXPECT_FALSE(Graph::FindTrianglesWithCommonVertex(0, part[2], 0, 6));
     EXPECT_TRUE(Graph::FindTrianglesWithCommonVertex(0, part[2], 2, 6));
 }
 
-// Two triangles across the side A-B of a diamond: the lower corner D sees
-// that side under almost 160 degrees, so the angle flip turns the diagonal;
-// so does C unless it is raised.
+// Two triangles across the side A-B of a diamond: D, and C unless raised,
+// sees A-B under almost 160 degrees, so the angle flip turns the diagonal.
 struct Diamond {
     Graph g{10};
     t_hdelaunaytriangle* upper;
@@ -148,8 +142,8 @@ TEST(TriangleGraph, AngleFlipTurnsTheDiagonalOnceAndKeepsTheLinks)
         EXPECT_EQ(CornersOf(steep.lower), (cy > 5 ? std::vector<int>{1, 0, 3} : std::vector<int>{2, 3, 1})) << cy;
     }
 
-    // FlipState on the neighbour leaves both records alone; without it the
-    // obtuse corner C makes CheckEdgeFlip flip the side opposite it.
+    // FlipState on the neighbour blocks the flip; CheckEdgeFlip flips the
+    // side opposite the obtuse corner C.
     Diamond e;
     e.lower->FlipState = true;
     const auto before = vek::test::ListShape(e.g.GetTriangleList());
@@ -169,9 +163,8 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
         Graph::FindNeighbours(fan[0], AddTriangle(g, 1, 7, 2));
         return fan;
     };
-    // An enclosed marked triangle is taken back; one at the border is freed
-    // and unlinked. What then sticks out with two open sides is peeled,
-    // layer by layer: the ear, then the fan triangles beside the gap, and so on.
+    // An enclosed marked triangle is taken back, one at the border freed and
+    // unlinked; then what has two open sides is peeled, layer by layer.
     Graph g(20);
     Fan fan = fanWithEar(g);
     fan[0]->Ignore = true;
@@ -184,9 +177,8 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     g.DeleteTrianglesWithTwoNULLNeighbours();
     EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 0);
 
-    // Peeling stops at the closed fan; every fan triangle has its outer side
-    // open, so all of them go in the next pass; a lone triangle has no
-    // neighbour at all.
+    // Peeling stops at the closed fan; each of its triangles has one open
+    // side, so all go in the next pass.
     Graph h(20);
     fan = fanWithEar(h);
     h.DeleteTrianglesWithTwoNULLNeighbours();
@@ -198,7 +190,7 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     fanWithEar(closed);
     closed.DeleteAllTrianglesWithNULLNeighbour();  // fan triangle 1, closed by the ear, goes in a second pass
     EXPECT_EQ(closed.GetNumTrianglesInTriangleList(), 0);
-    AddTriangle(h, 0, 1, 2);
+    AddTriangle(h, 0, 1, 2);  // a lone triangle has no neighbour at all
     h.FinalizeTriangleList();
     h.DeleteTrianglesWithoutNeighbours();
     EXPECT_FALSE(h.IsFinalized());
@@ -234,8 +226,8 @@ TEST(TriangleGraph, CheckAndKillPeelsAListFromItsBorder)
 
 TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
 {
-    // Two triangles folded onto each other, each with the other in two
-    // slots: the repair links the outer neighbours past the pair and marks it.
+    // A folded pair, each the other's neighbour twice: the outer neighbours
+    // are linked past the pair, which is marked.
     Graph g(10);
     t_hdelaunaytriangle* t = AddTriangle(g, 0, 1, 2);
     t_hdelaunaytriangle* x = AddTriangle(g, 1, 0, 2);
@@ -268,8 +260,7 @@ TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
     EXPECT_EQ(Triangles(marked), (Fan{kept}));
     EXPECT_FALSE(kept->Ignore);
 
-    // Every fan triangle has its outer side open; the outside one is no
-    // border itself, and freeing it leaves its neighbours open.
+    // The outside triangle is no border; freeing it leaves its neighbours open.
     Graph h(10);
     const Fan fan = MakeFan(h, true);
     fan[0]->Outside = true;
@@ -285,7 +276,7 @@ TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
 TEST(TriangleGraph, OpenSidesBecomeEdges)
 {
     // In triangle order, then side order; with the outside rule a side
-    // towards an Outside triangle is open too.
+    // towards an Outside triangle counts as open.
     Graph g(10);
     t_hdelaunaytriangle* inner = AddTriangle(g, 0, 1, 2);
     t_hdelaunaytriangle* beyond = AddTriangle(g, 2, 1, 3);
@@ -296,7 +287,8 @@ TEST(TriangleGraph, OpenSidesBecomeEdges)
     g.IsolateEdgesWithoutNeighbourAndOutsideTriangles();
     ASSERT_EQ(g.GetEdgeList().GetCount(), 5);
     const t_hdelaunayedge* second = g.GetEdgeList().GetAt(g.GetEdgeList().FindIndex(1));
-    EXPECT_EQ(std::tuple(second->Vertex[0], second->Vertex[1], second->Side, second->Triangle), std::tuple(1, 2, eSide1, inner));
+    EXPECT_EQ(std::tuple(second->Vertex[0], second->Vertex[1], second->Side, second->Triangle),
+              std::tuple(1, 2, eSide1, inner));
 
     // The edge flip of this class trades the end vertex with the side.
     t_hdelaunayedge* edge = g.GetEdgeList().GetHead();
@@ -308,9 +300,8 @@ TEST(TriangleGraph, OpenSidesBecomeEdges)
     EXPECT_TRUE(g.GetEdgeList().IsEmpty());
 }
 
-// Splitting at the centre hands three triangles to the caller's list and
-// marks the old one; joined to the working list and purged, the graph is
-// whole again.
+// The three triangles of a centre split go to the caller's list, the old one
+// is marked; joined to the working list and purged, the graph is whole.
 TEST(TriangleGraph, CentreSplitHandsThreeTrianglesToTheList)
 {
     Graph g(10);
@@ -338,8 +329,7 @@ TEST(TriangleGraph, CentreSplitHandsThreeTrianglesToTheList)
 
 TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
 {
-    // The triangles name corners of another store; afterwards they name the
-    // same points in their own, each stored once.
+    // Corners of another store become the same points in the graph's own.
     ZrCSSEVertexContainer source(10);
     for (const SSEPoint& p : {P(9, 9, 9), P(0, 0), P(1, 0), P(0, 1), P(1, 1)}) source.AppendVertex(p);
     Graph r(1);
@@ -350,9 +340,8 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
     EXPECT_EQ(CornersOf(Triangles(r.GetTriangleList())[1]), (std::vector<int>{2, 1, 3}));
     EXPECT_EQ(vek::test::Lanes(r.GetVertex(3)), (vek::test::Lanes4{1, 1, 0, 0}));
 
-    // The plane z = x: the unit normal of a counter-clockwise triangle is
-    // (-1, 0, 1) / sqrt(2). Only clearly counter-clockwise triangles count
-    // as such; a collinear one does not.
+    // The plane z = x, unit normal (-1, 0, 1) / sqrt(2); a collinear
+    // triangle does not count as counter-clockwise.
     Graph g(10);
     g.CalcBoundingBox();
     EXPECT_EQ(std::pair(g.GetMinPoint().x, g.GetMaxPoint().w), std::pair(999999.9f, -999999.9f));
@@ -368,8 +357,7 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
         for (int lane = 0; lane < 3; ++lane) EXPECT_NEAR(t->Normal->lane[lane], (std::array{-h, 0.0f, h})[lane], 1e-6);
     }
     EXPECT_TRUE(g.CalcNormalDirection() && g.IsFinalized());
-    // The box spans the corners of the triangles; the centre point is the
-    // mean of all vertices, the one at (8, 0, 8) in no triangle included.
+    // The box spans the triangles' corners; the centre is the mean of all vertices.
     g.CalcBoundingBox();
     EXPECT_EQ(std::pair(g.GetMaxPoint().y, g.GetCenterPoint().x), std::pair(6.0f, 2.0f));
     g.CalcCenterPoint();

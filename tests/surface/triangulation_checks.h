@@ -1,8 +1,7 @@
 #pragma once
 
-// Small surfaces built by hand, and independent checks of a triangulation
-// computed in double from the vertices alone: they do not use the library's
-// own orientation, circle or neighbour operations.
+// Small surfaces built by hand, and checks of a triangulation computed in
+// double from the vertices alone, independent of the library's own operations.
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +15,7 @@
 
 namespace vek::test {
 
-inline SSEPoint P(float x, float y, float z = 0.0f)
-{
-    return Sse(x, y, z);
-}
+inline SSEPoint P(float x, float y, float z = 0.0f) { return Sse(x, y, z); }
 
 // A triangle over existing vertices a, b, c, appended to the working list.
 inline t_hdelaunaytriangle* AddTriangle(ZrCIncrementalDelaunay2D& d, int a, int b, int c)
@@ -47,14 +43,10 @@ inline t_hdelaunaytriangle* AddTriangle(ZrCIncrementalDelaunay2D& d, SSEPoint a,
 }
 
 struct Point2 {
-    double x;
-    double y;
+    double x, y;
 };
 
-inline std::vector<int> CornersOf(const t_hdelaunaytriangle* t)
-{
-    return {t->Vertex[0], t->Vertex[1], t->Vertex[2]};
-}
+inline std::vector<int> CornersOf(const t_hdelaunaytriangle* t) { return {t->Vertex[0], t->Vertex[1], t->Vertex[2]}; }
 
 inline std::vector<t_hdelaunaytriangle*> Triangles(CList<t_hdelaunaytriangle*>& list)
 {
@@ -63,11 +55,7 @@ inline std::vector<t_hdelaunaytriangle*> Triangles(CList<t_hdelaunaytriangle*>& 
     return out;
 }
 
-inline Point2 At(const ZrCIncrementalDelaunay2D& d, int i)
-{
-    const SSEPoint p = d.GetVertex(i);
-    return {p.x, p.y};
-}
+inline Point2 At(const ZrCIncrementalDelaunay2D& d, int i) { return {d.GetVertex(i).x, d.GetVertex(i).y}; }
 
 inline double Cross(const Point2& o, const Point2& a, const Point2& b)
 {
@@ -79,15 +67,17 @@ inline double SignedArea(const ZrCIncrementalDelaunay2D& d, const t_hdelaunaytri
     return Cross(At(d, t->Vertex[0]), At(d, t->Vertex[1]), At(d, t->Vertex[2])) / 2.0;
 }
 
-inline std::set<int> CornerSet(const t_hdelaunaytriangle* t)
+inline std::set<int> Corners(const std::vector<t_hdelaunaytriangle*>& triangles)
 {
-    return {t->Vertex[0], t->Vertex[1], t->Vertex[2]};
+    std::set<int> corners;
+    for (const t_hdelaunaytriangle* t : triangles) corners.insert(t->Vertex, t->Vertex + 3);
+    return corners;
 }
 
 inline std::multiset<std::set<int>> CornerSets(CList<t_hdelaunaytriangle*>& list)
 {
     std::multiset<std::set<int>> sets;
-    for (const t_hdelaunaytriangle* t : Triangles(list)) sets.insert(CornerSet(t));
+    for (t_hdelaunaytriangle* t : Triangles(list)) sets.insert(Corners({t}));
     return sets;
 }
 
@@ -96,7 +86,7 @@ inline std::multiset<std::set<int>> CornerSets(CList<t_hdelaunaytriangle*>& list
 inline std::string LinkFault(const std::vector<t_hdelaunaytriangle*>& triangles)
 {
     const std::set<const t_hdelaunaytriangle*> live(triangles.begin(), triangles.end());
-    const auto side = [](const t_hdelaunaytriangle* t, int s) { return std::set{t->Vertex[s], t->Vertex[(s + 1) % 3]}; };
+    const auto side = [](const t_hdelaunaytriangle* r, int s) { return std::set{r->Vertex[s], r->Vertex[(s + 1) % 3]}; };
     for (const t_hdelaunaytriangle* t : triangles) {
         for (int s = 0; s < 3; ++s) {
             const t_hdelaunaytriangle* n = t->Neighbour[s];
@@ -117,13 +107,6 @@ inline int OpenSides(const std::vector<t_hdelaunaytriangle*>& triangles)
         for (const t_hdelaunaytriangle* n : t->Neighbour) open += n == nullptr;
     }
     return open;
-}
-
-inline std::set<int> Corners(const std::vector<t_hdelaunaytriangle*>& triangles)
-{
-    std::set<int> corners;
-    for (const t_hdelaunaytriangle* t : triangles) corners.insert(t->Vertex, t->Vertex + 3);
-    return corners;
 }
 
 // The corners and the neighbour slots (as list positions, -1 for none) of
