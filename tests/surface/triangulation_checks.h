@@ -86,7 +86,7 @@ inline std::multiset<std::set<int>> CornerSets(CList<t_hdelaunaytriangle*>& list
 inline std::string LinkFault(const std::vector<t_hdelaunaytriangle*>& triangles)
 {
     const std::set<const t_hdelaunaytriangle*> live(triangles.begin(), triangles.end());
-    const auto side = [](const t_hdelaunaytriangle* r, int s) { return std::set{r->Vertex[s], r->Vertex[(s + 1) % 3]}; };
+    const auto side = [](const auto* r, int k) { return std::set{r->Vertex[k], r->Vertex[(k + 1) % 3]}; };
     for (const t_hdelaunaytriangle* t : triangles) {
         for (int s = 0; s < 3; ++s) {
             const t_hdelaunaytriangle* n = t->Neighbour[s];
