@@ -41,6 +41,14 @@ inline void Fill(CSSE2dPolygon& polygon, const std::vector<Xyz>& points)
     for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y);
 }
 
+// A polygon through the points, for building one in an expression.
+inline CSSE3dPolygon PolygonOf(const std::vector<Xyz>& points)
+{
+    CSSE3dPolygon polygon;
+    Fill(polygon, points);
+    return polygon;
+}
+
 // -7 in each coordinate that the read leaves alone.
 inline Xyz PointOf(const CSSE3dPolygon& polygon, int i)
 {

@@ -1,5 +1,4 @@
-// Insertion of single vertices into small triangulations whose result can be
-// worked out by hand, and the queries that locate a point.
+// Single insertions into small triangulations worked out by hand, and the point queries.
 
 #include <gtest/gtest.h>
 
@@ -72,16 +71,14 @@ TEST(IncrementalInsertion, OnePointIntoTheSquareOfTwoTriangles)
 
 TEST(IncrementalInsertion, BorderPointsDuplicatesAndTooFewVertices)
 {
-    // Within 0.005 on twice the area a point is on the border edge: two
-    // triangles, each with two open sides.
+    // Within 0.005 on twice the area a point is on the border edge: two triangles.
     ZrCIncrementalDelaunay2D border(10);
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(0, 10), P(5, 0.0002f)}) border.AppendVertex(p);
     border.Triangulate(4, true, false);
     EXPECT_EQ(CornerSets(border.GetFinalList()), (Sets{{0, 3, 2}, {3, 1, 2}}));
     EXPECT_EQ(vek::test::OpenSides(Triangles(border.GetFinalList())), 4);
 
-    // A point at the place of another, whatever its height, stays isolated;
-    // isolated vertices are not on the border, like the inner one.
+    // A point at the place of another, whatever its height, stays isolated and off the border.
     ZrCIncrementalDelaunay2D d(10);
     for (const SSEPoint& p : {P(0, 0), P(10, 0), P(0, 10), P(3, 3), P(3, 3, 7), P(10, 0)}) d.AppendVertex(p);
     d.Triangulate(6, true, false);
@@ -130,11 +127,9 @@ TEST(IncrementalQueries, PointWhereUsesTheToleranceOnTwiceTheArea)
         {20, 20, ePointOutside},
     };
     for (const auto& c : cases) EXPECT_EQ(d.PointWhere(c.x, c.y, &t), c.where) << c.x << ", " << c.y;
-    // A clockwise triangle classifies by the mirrored test.
-    std::swap(t.Vertex[1], t.Vertex[2]);
+    std::swap(t.Vertex[1], t.Vertex[2]);  // clockwise: the mirrored test
     EXPECT_EQ(d.PointWhere(2.0f, 2.0f, &t), ePointInside);
-    // A counter-clockwise triangle of twice the area 0.004 counts as
-    // clockwise, and nothing lies inside it.
+    // Counter-clockwise, but of twice the area 0.004: counted clockwise, with nothing inside.
     t_hdelaunaytriangle thin = vek::test::Unlisted(0, 3, 4);
     EXPECT_EQ(d.GetOrientation(&thin), -1);
     EXPECT_EQ(d.PointWhere(0.01f, 0.01f, &thin), ePointOutside);
@@ -166,8 +161,7 @@ TEST(IncrementalQueries, LocateNearestAndVisible)
     EXPECT_EQ(d.NearestTriangle(lower, 1.0f, 1000.0f), nullptr);
     EXPECT_EQ(d.NearestTriangle(lower, 0.5f, 0.0f), nullptr);
 
-    // The bottom edge is the open side nearest to (5, -3) and the one that
-    // it sees; this query walks the working list.
+    // The bottom edge is the open side nearest to (5, -3), and seen from it (working list).
     d.CopyFinalTriangleListToTriangleList();
     ESharedSide side = eSideNone;
     EXPECT_EQ(std::pair(d.FindNearestTriangle(4, side), side), std::pair(lower, eSide0));

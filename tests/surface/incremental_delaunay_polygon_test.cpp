@@ -12,6 +12,7 @@ namespace {
 
 using vek::test::AddTriangle;
 using vek::test::P;
+using vek::test::PolygonOf;
 using vek::test::Triangles;
 
 // Inside the L: the square 0..20 without its upper right quarter.
@@ -19,8 +20,7 @@ bool InsideL(double x, double y) { return x > 0 && y > 0 && x < 20 && y < 20 && 
 
 TEST(PolygonTriangulation, MarksTrianglesOutsideTheBorderPolygon)
 {
-    CSSE3dPolygon border;
-    vek::test::Fill(border, {{0, 0, 1}, {20, 0, 1}, {20, 10, 1}, {10, 10, 1}, {10, 20, 1}, {0, 20, 1}});
+    CSSE3dPolygon border = PolygonOf({{0, 0, 1}, {20, 0, 1}, {20, 10, 1}, {10, 10, 1}, {10, 20, 1}, {0, 20, 1}});
     ZrCIncrementalDelaunay2D d(100);
     d.AddPolygon(border, false);
     for (int i = 0; i < 16; ++i) {
@@ -49,8 +49,7 @@ TEST(PolygonTriangulation, StartsFromTheExtremePointsAndStaysInTheWorkingList)
     // becomes min x, and max y falls to vertex 0, so the first triangle is
     // (3, 2, 0). Vertex 3 lies well inside the circle through 0, 1 and 2
     // (centre (5, 12), radius 13), so the diagonal is 1-3.
-    CSSE3dPolygon border;
-    vek::test::Fill(border, {{0, 0, 0}, {5, -1, 0}, {10, 0, 0}, {5, 8, 0}});
+    CSSE3dPolygon border = PolygonOf({{0, 0, 0}, {5, -1, 0}, {10, 0, 0}, {5, 8, 0}});
     ZrCIncrementalDelaunay2D d(10);
     d.AddPolygon(border, false);
     d.Triangulate(border, 3, 0);
@@ -64,8 +63,7 @@ TEST(PolygonTriangulation, StartsFromTheExtremePointsAndStaysInTheWorkingList)
 
 TEST(PolygonTriangulation, CheckAcrossEdgeSamplesTheSegment)
 {
-    CSSE3dPolygon square;
-    vek::test::Fill(square, {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}});
+    CSSE3dPolygon square = PolygonOf({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}});
     EXPECT_TRUE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-2, 2), P(2, 2), square));
     EXPECT_TRUE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-3, 2), P(7, 2), square));
     EXPECT_FALSE(ZrCIncrementalDelaunay2D::CheckAcrossEdge(P(-3, 5), P(7, 5), square));
@@ -85,8 +83,7 @@ TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeigh
     near->Neighbour[0] = b;
     near->Neighbour[2] = a;
     far->Ignore = true;
-    CSSE3dPolygon line;
-    vek::test::Fill(line, vek::test::Row(10));
+    CSSE3dPolygon line = PolygonOf(vek::test::Row(10));
     CList<t_hdelaunaytriangle*> queue;
 
     // Corners at distance 1, 1 and 2 from the line's points: within 1.5 + 0.5.
@@ -107,7 +104,7 @@ TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeigh
     // near 10 and 89, nor 35 ... 46; but near 98 ... 1 round the start, or 20 ... 30.
     std::vector<vek::test::Xyz> strip = vek::test::Row(50);
     for (int i = 49; i >= 0; --i) strip.push_back({static_cast<float>(i), 2.0f, 0.0f});
-    vek::test::Fill(line, strip);
+    line = PolygonOf(strip);
     const std::pair<t_hdelaunaytriangle*, bool> stretches[] = {
         {AddTriangle(d, P(10, 0, 0), P(11, 0, 0), P(10, 2, 0)), false},
         {AddTriangle(d, P(35, 0, 0), P(46, 0, 0), P(40, 0.5f, 0)), false},

@@ -129,8 +129,7 @@ void ExpectValidDelaunay(ZrCIncrementalDelaunay2D& d)
         all.push_back({v.x, v.y});
         EXPECT_EQ(corners.count(i) == 1, seen.insert({v.x, v.y}).second) << "vertex " << i;
     }
-    // A disk (T = 2V - B - 2, B border edges) of the hull's area: the hull
-    // is covered without overlap.
+    // A disk (T = 2V - B - 2, B border edges) of the hull's area: covered without overlap.
     const int open = vek::test::OpenSides(triangles);
     EXPECT_EQ(static_cast<int>(triangles.size()), 2 * static_cast<int>(corners.size()) - open - 2);
     const double hull = HullArea(all);

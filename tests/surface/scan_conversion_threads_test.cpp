@@ -1,5 +1,4 @@
-// The scan conversion: its samplers on the test's own thread, and the
-// five-worker drivers, whose merged bands give the bits of one sampler run.
+// The samplers on the test's thread, and the five-worker drivers that must match them.
 
 #include <gtest/gtest.h>
 
@@ -166,8 +165,7 @@ TEST(ScanConversionSampler, StretchesPickedTrianglesAndTrianglesBelowACell)
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, false, 1, 1), (S{0, 3, 4}));
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, true, 9, 5), (S{1, 2}));
     EXPECT_EQ(sampled(Form::ZRange, 0, 4, true, 4, 6), (S{}));
-    // Inside: lines (all corners at y 0 and 0.4); Outside, Border and SubEdge
-    // triangles are left out, without `inner` also their neighbours.
+    // Inside: by lines; no Outside, Border, SubEdge triangles, nor, without `inner`, their neighbours.
     EXPECT_EQ(sampled(Form::Inside, 0, 0, true), (S{0, 1, 2, 3, 4}));
     EXPECT_EQ(sampled(Form::Inside, 1, 5, true), (S{}));
     up->Outside = true;
@@ -241,9 +239,7 @@ TEST(FastScanConversion, KeepMaxTakesTheUpperOfTwoSheets)
     };
     for (bool upperFirst : {true, false}) {
         ZrCIncrementalDelaunay2D d(12);
-        if (upperFirst) square(d, 2, 4, 20);
-        square(d, 0, 8, 10);
-        if (!upperFirst) square(d, 2, 4, 20);
+        for (const bool upper : {upperFirst, !upperFirst}) square(d, upper ? 2 : 0, upper ? 4 : 8, upper ? 20 : 10);
         d.CalcBoundingBox();
         CSSEMatrix highest, lowest;
         SSEPoint origin;
@@ -293,8 +289,7 @@ TEST(FastScanConversion, FiveWorkersGiveTheBitsOfOneSamplerRun)
     for (int count : {1, 2, 7, 203}) {
         for (Form form : {Form::Plain, Form::Visible, Form::Unvisible, Form::ZRange, Form::Inside}) {
             for (bool keepMax : {true, false}) {
-                SCOPED_TRACE(testing::Message() << "form " << static_cast<int>(form) << ", " << count
-                                                << " triangles, keepMax " << keepMax);
+                SCOPED_TRACE(testing::Message() << "form " << int(form) << ", count " << count << ", max " << keepMax);
                 ZrCIncrementalDelaunay2D d(count + 3);
                 RandomTriangles(d, count, 1000u + static_cast<std::uint32_t>(count));
                 CSSEMatrix banded;

@@ -87,8 +87,7 @@ TEST(TriangleGraph, FanWalksGoOnceAroundOrFinishInASecondPhase)
     EXPECT_EQ(std::vector({fan[0]->Vertex[0], fan[1]->Vertex[0], fan[2]->Vertex[0], fan[5]->Vertex[0]}),
               std::vector({0, 0, 9, 9}));
 
-    // Open: the first phase meets the border at fan triangle 5; the second
-    // sets out across side 0 of the start.
+    // Open: the first phase meets the border at fan triangle 5, the second sets out across side 0.
     Graph open(20);
     const Fan part = MakeFan(open, false);
     EXPECT_TRUE(Graph::SearchAroundVertex(part[2], 0, 2));
@@ -132,8 +131,7 @@ TEST(TriangleGraph, AngleFlipTurnsTheDiagonalOnceAndKeepsTheLinks)
         EXPECT_EQ(CornersOf(below), (cy > 5 ? std::vector<int>{1, 0, 3} : std::vector<int>{2, 3, 1})) << cy;
     }
 
-    // FlipState on the neighbour blocks the flip; CheckEdgeFlip flips the
-    // side opposite the obtuse corner C.
+    // FlipState on the neighbour blocks the flip; CheckEdgeFlip flips the side facing obtuse C.
     Graph e(10);
     const auto [eUpper, eLower, eOuter] = Diamond(e);
     eLower->FlipState = true;
@@ -158,8 +156,7 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     // unlinked; then what has two open sides is peeled, layer by layer.
     Graph g(20);
     Fan fan = fanWithEar(g);
-    fan[0]->Ignore = true;
-    fan[3]->Ignore = true;
+    fan[0]->Ignore = fan[3]->Ignore = true;
     g.CheckAndKillIgnoredTrianglesFromTriangleList();
     EXPECT_EQ(Triangles(g.GetTriangleList()).size(), 6u);
     EXPECT_TRUE(!fan[0]->Ignore && fan[2]->Neighbour[2] == nullptr);
@@ -167,8 +164,7 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     g.DeleteTrianglesWithTwoNULLNeighbours();
     EXPECT_EQ(g.GetNumTrianglesInTriangleList(), 0);
 
-    // Peeling stops at the closed fan; each of its triangles has one open
-    // side, so all go in the next pass.
+    // Peeling stops at the closed fan, whose triangles each have one open side.
     Graph h(20);
     fan = fanWithEar(h);
     h.DeleteTrianglesWithTwoNULLNeighbours();
@@ -196,9 +192,7 @@ TEST(TriangleGraph, CheckAndKillPeelsAListFromItsBorder)
     const auto all = Triangles(g.GetTriangleList());
     CList<t_hdelaunaytriangle*> strip, collected;
     for (t_hdelaunaytriangle* t : all) {
-        if (std::min({g.GetVertex(t->Vertex[0]).x, g.GetVertex(t->Vertex[1]).x, g.GetVertex(t->Vertex[2]).x}) < 5) {
-            strip.AddTail(t);
-        }
+        if (std::ranges::any_of(t->Vertex, [](int v) { return v % 4 == 0; })) strip.AddTail(t);  // a corner at x < 5
     }
     const std::size_t stripCount = strip.GetCount();
     g.CheckAndKillIgnoredTrianglesFromTriangleList(&strip, &collected, true);
@@ -207,27 +201,20 @@ TEST(TriangleGraph, CheckAndKillPeelsAListFromItsBorder)
     EXPECT_EQ(left.size() + stripCount, all.size());
     EXPECT_EQ(LinkFault(left), "");
     ASSERT_FALSE(collected.IsEmpty());
-    for (const t_hdelaunaytriangle* t : Triangles(collected)) {
-        EXPECT_TRUE(t->Visited);
-        EXPECT_NE(std::find(left.begin(), left.end(), t), left.end());
-    }
+    for (const auto* t : Triangles(collected)) EXPECT_TRUE(t->Visited && std::ranges::count(left, t) == 1);
 }
 
 TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
 {
-    // A folded pair, each the other's neighbour twice: the outer neighbours
-    // are linked past the pair, which is marked.
+    // A folded pair, each the other's neighbour twice, is marked and bypassed.
     Graph g(10);
     t_hdelaunaytriangle* t = AddTriangle(g, 0, 1, 2);
     t_hdelaunaytriangle* x = AddTriangle(g, 1, 0, 2);
     t_hdelaunaytriangle* z = AddTriangle(g, 0, 2, 3);
     t_hdelaunaytriangle* y = AddTriangle(g, 2, 0, 4);
-    t->Neighbour[0] = t->Neighbour[1] = x;
-    t->Neighbour[2] = z;
-    x->Neighbour[0] = x->Neighbour[2] = t;
-    x->Neighbour[1] = y;
-    z->Neighbour[0] = t;
-    y->Neighbour[0] = x;
+    std::tie(t->Neighbour[0], t->Neighbour[1], t->Neighbour[2]) = std::tuple(x, x, z);
+    std::tie(x->Neighbour[0], x->Neighbour[1], x->Neighbour[2]) = std::tuple(t, y, t);
+    std::tie(z->Neighbour[0], y->Neighbour[0]) = std::tuple(t, x);
     g.CheckDoubleNeighbours();
     EXPECT_TRUE(t->Ignore && x->Ignore);
     g.KillIgnoredTrianglesFromTriangleList(true);
@@ -262,8 +249,7 @@ TEST(TriangleGraph, PinchedPairsSignedAndOutsideTriangles)
 
 TEST(TriangleGraph, OpenSidesBecomeEdges)
 {
-    // In triangle order, then side order; with the outside rule a side
-    // towards an Outside triangle counts as open.
+    // In triangle, then side order; the outside rule counts sides to Outside triangles too.
     Graph g(10);
     t_hdelaunaytriangle* inner = AddTriangle(g, 0, 1, 2);
     t_hdelaunaytriangle* beyond = AddTriangle(g, 2, 1, 3);
@@ -325,8 +311,7 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
     EXPECT_EQ(CornersOf(Triangles(r.GetTriangleList())[1]), (std::vector<int>{2, 1, 3}));
     EXPECT_EQ(vek::test::Lanes(r.GetVertex(3)), (vek::test::Lanes4{1, 1, 0, 0}));
 
-    // The plane z = x, unit normal (-1, 0, 1) / sqrt(2); a collinear
-    // triangle does not count as counter-clockwise.
+    // The plane z = x, unit normal (-1, 0, 1) / sqrt(2); a collinear triangle is not counter-clockwise.
     Graph g(10);
     g.CalcBoundingBox();
     EXPECT_EQ(std::pair(g.GetMinPoint().x, g.GetMaxPoint().w), std::pair(999999.9f, -999999.9f));
@@ -348,8 +333,7 @@ TEST(TriangleGraph, ReindexingBoxOrientationAndNormals)
     g.CalcCenterPoint();
     EXPECT_FLOAT_EQ(g.GetCenterPoint().z, 3.2f);
 
-    // Turning one of two linked triangles keeps each slot across its side;
-    // turning all of them keeps the finalized state.
+    // Turning one triangle keeps each slot across its side; turning all keeps the finalized state.
     Graph::FlipTriangleOrientationWithNeigbour(a);
     EXPECT_EQ(g.GetOrientation(a), -1);
     EXPECT_EQ(std::pair(a->Neighbour[2], Graph::FindCommonSide(2, a, b)), std::pair(b, eSide0));

@@ -103,9 +103,7 @@ inline std::string LinkFault(const std::vector<t_hdelaunaytriangle*>& triangles)
 inline int OpenSides(const std::vector<t_hdelaunaytriangle*>& triangles)
 {
     int open = 0;
-    for (const t_hdelaunaytriangle* t : triangles) {
-        for (const t_hdelaunaytriangle* n : t->Neighbour) open += n == nullptr;
-    }
+    for (const t_hdelaunaytriangle* t : triangles) open += static_cast<int>(std::ranges::count(t->Neighbour, nullptr));
     return open;
 }
 

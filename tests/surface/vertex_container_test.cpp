@@ -13,16 +13,10 @@
 namespace {
 
 using vek::test::Lanes;
+using vek::test::PolygonOf;
 using vek::test::Lanes4;
 using vek::test::Sse;
 using vek::test::Xyz;
-
-CSSE3dPolygon Polygon(const std::vector<Xyz>& points)
-{
-    CSSE3dPolygon polygon;
-    vek::test::Fill(polygon, points);
-    return polygon;
-}
 
 void ExpectNear(const SSEPoint& p, const Lanes4& expected)
 {
@@ -97,7 +91,7 @@ TEST(VertexContainer, PolygonsAndFieldsGiveVerticesAndHeights)
 {
     // Room for three; the second point lies within 1.0 of the first.
     ZrCSSEVertexContainer store(3);
-    store.AddPolygon(Polygon({{0, 0, 1}, {0.6f, 0.8f, 2}, {5, 0, 3}, {9, 9, 4}, {20, 0, 5}}), true);
+    store.AddPolygon(PolygonOf({{0, 0, 1}, {0.6f, 0.8f, 2}, {5, 0, 3}, {9, 9, 4}, {20, 0, 5}}), true);
     ASSERT_EQ(store.GetNumVertices(), 3);
     EXPECT_EQ(Lanes(store.GetVertex(1)), (Lanes4{5, 0, 3, 0}));
     store.AddOffset(1, 1, 1);
@@ -106,7 +100,7 @@ TEST(VertexContainer, PolygonsAndFieldsGiveVerticesAndHeights)
 
     // Heights from a second line, matched by nearest point; only vertices
     // equal to a polygon point in x, y and z change.
-    store.ResetVertexFromPolygon(Polygon({{6.5f, 1, 3}, {1.5f, 1, 2}}), Polygon({{6.5f, 1.5f, 4}, {0, 0, 10}}));
+    store.ResetVertexFromPolygon(PolygonOf({{6.5f, 1, 3}, {1.5f, 1, 2}}), PolygonOf({{6.5f, 1.5f, 4}, {0, 0, 10}}));
     EXPECT_EQ(std::pair(store.GetVertex(0).z, store.GetVertex(1).z), std::pair(1.0f, 4.0f));
 
     // Cell (x, y) is truncate(coordinate + 0.5), clamped to the field.
@@ -127,16 +121,16 @@ TEST(VertexContainer, ProjectionCutAndTurns)
     // Onto the plane x + y = 0 with unit normal (1, 1, 0) / sqrt(2).
     const float h = 1.0f / std::sqrt(2.0f);
     CSSE3dPolygon projected;
-    ZrCSSEVertexContainer::CalcProjectPolygon(Sse(0, 0, 0), Sse(h, h, 0), Polygon({{5, 5, 1}, {2, 0, 1}}), projected);
+    ZrCSSEVertexContainer::CalcProjectPolygon(Sse(0, 0, 0), Sse(h, h, 0), PolygonOf({{5, 5, 1}, {2, 0, 1}}), projected);
     ASSERT_EQ(projected.GetNumPoints(), 2);
     ExpectNear(projected, 0, {0, 0, 1, 0});
     ExpectNear(projected, 1, {1, -1, 1, 0});
 
     // Points 0 and 2 are nearer than 1.5 to their partners, point 1 just 1.5
     // away; polygons of different lengths leave the result alone.
-    const CSSE3dPolygon first = Polygon({{0, 0, 0}, {5, 5, 0}, {9, 9, 0}});
+    const CSSE3dPolygon first = PolygonOf({{0, 0, 0}, {5, 5, 0}, {9, 9, 0}});
     CSSE3dPolygon cut;
-    ZrCSSEVertexContainer::CutProjPolygon(first, Polygon({{1, 0, 0}, {5, 6.5f, 0}, {9, 10, 0}}), &cut, 1.5f);
+    ZrCSSEVertexContainer::CutProjPolygon(first, PolygonOf({{1, 0, 0}, {5, 6.5f, 0}, {9, 10, 0}}), &cut, 1.5f);
     EXPECT_EQ(vek::test::PointsOf(cut), (std::vector<Xyz>{{0, 0, 0}, {9, 9, 0}}));
     ZrCSSEVertexContainer::CutProjPolygon(first, projected, &cut, 100.0f);
     EXPECT_EQ(cut.GetNumPoints(), 2);
@@ -157,7 +151,7 @@ TEST(VertexContainer, TurnIntoTheViewDirection)
     for (const bool invert : {false, true}) {
         const SSEPoint direction = Sse(2, -3, 6);  // length 7
         SSEPoint first = direction, second = Sse(4, -6, 12), third = direction;
-        CSSE3dPolygon line = Polygon({{-2, 3, -6}});
+        CSSE3dPolygon line = PolygonOf({{-2, 3, -6}});
         ZrCSSEVertexContainer::MoveTriangulationAndPolygonWithAngle(&first, &second, third, direction, &line, invert);
         const float z = invert ? -7.0f : 7.0f;
         for (const SSEPoint& p : {first, third}) ExpectNear(p, {0, 0, z, 0});
@@ -171,25 +165,25 @@ TEST(VertexContainer, MatchingACoarseClosedPolygonWithAFineOne)
     // (5, -1) is nearest to the bottom side, midway: the later end wins the
     // tie. (-1, 2), by the closing side, is nearest to (0, 0).
     const std::vector<Xyz> corners{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}};
-    CSSE3dPolygon square = Polygon(corners);
+    CSSE3dPolygon square = PolygonOf(corners);
     int map[4] = {0, 1, 2, 3};
-    ZrCSSEVertexContainer::FindClosedPolygonSafe(Polygon({{5, -1, 0}}), square, map);
+    ZrCSSEVertexContainer::FindClosedPolygonSafe(PolygonOf({{5, -1, 0}}), square, map);
     EXPECT_EQ(vek::test::PointsOf(square), (std::vector<Xyz>{corners[1], corners[2], corners[3], corners[0]}));
     EXPECT_EQ(std::vector<int>(map, map + 4), (std::vector<int>{1, 2, 3, 0}));
-    square = Polygon(corners);
+    square = PolygonOf(corners);
     int fresh[4] = {0, 1, 2, 3};
-    ZrCSSEVertexContainer::FindClosedPolygonSafe(Polygon({{-1, 2, 0}}), square, fresh);
+    ZrCSSEVertexContainer::FindClosedPolygonSafe(PolygonOf({{-1, 2, 0}}), square, fresh);
     EXPECT_EQ(std::pair(vek::test::PointOf(square, 0), fresh[0]), std::pair(corners[0], 0));
 
     // The fine line is the square resampled, `map` where each corner went.
-    const CSSE3dPolygon coarse = Polygon(corners);
+    const CSSE3dPolygon coarse = PolygonOf(corners);
     CSSE3dPolygon fine(coarse);
     fine.ReParametrize(0.5f, map);
     for (int corner = 1; corner < 4; ++corner) {
         EXPECT_EQ(ZrCSSEVertexContainer::GetClosedPointSafe(coarse, fine, coarse, map, 0, 3, corner), corner);
     }
     // No match in a target whose nearest point is always its point 0: `first`.
-    const CSSE3dPolygon far = Polygon({{100, 100, 0}, {200, 200, 0}});
+    const CSSE3dPolygon far = PolygonOf({{100, 100, 0}, {200, 200, 0}});
     EXPECT_EQ(ZrCSSEVertexContainer::GetClosedPointSafe(coarse, fine, far, map, 1, 3, 1), 1);
     EXPECT_EQ(ZrCSSEVertexContainer::GetClosedPointSafe(coarse, fine, coarse, map, 0, 7, 1), -1);
 }
