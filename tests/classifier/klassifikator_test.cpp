@@ -16,15 +16,12 @@ using namespace vek::test;
 
 namespace {
 
-void FillTwoClasses(ZrCKlassifikator& k)
-{
-    Fill(k, 2, {{1, 2, 0}, {3, 4, 1}});
-}
+const std::vector<std::tuple<float, float, int>> kTwoClasses = {{1, 2, 0}, {3, 4, 1}};
 
 TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetButNoModels)
 {
     ZrCBayesKlassifikator k, source, copy;
-    FillTwoClasses(k);
+    Fill(k, 2, kTwoClasses);
     k.Training(false);
     k.setNumClasses(2); // the same value is no change
     EXPECT_TRUE(k.Trained);
@@ -35,7 +32,7 @@ TEST(ZrCKlassifikator, EveryChangeOfTheDataClearsTrainedAndCopyFromTakesTheSetBu
     k.AddEntriesTrainingset(&list);
     EXPECT_EQ(std::tuple(k.NumFeatures, k.Trained, k.TrainingSet.GetCount()), std::tuple(4, false, 4));
 
-    FillTwoClasses(source);
+    Fill(source, 2, kTwoClasses);
     source.Training(false);
     copy.AddEntryTrainingset(NewElement({9, 9, 9}, 0));
     copy.CopyFrom(&source);
@@ -70,7 +67,7 @@ TEST(ZrCKlassifikatorArchive, TwoElementsOfThreeFeaturesTakeFortyEightBytes)
 int Refused(const std::vector<BYTE>& bytes)
 {
     ZrCKlassifikator k;
-    FillTwoClasses(k);
+    Fill(k, 2, kTwoClasses);
     const int cause = LoadFailureCause(k, bytes);
     EXPECT_TRUE(cause == CArchiveException::none || (k.TrainingSet.IsEmpty() && k.NumClasses == 0));
     for (POSITION pos = k.TrainingSet.GetHeadPosition(); pos != nullptr;) EXPECT_EQ(k.TrainingSet.GetNext(pos)->NumFeatures, k.NumFeatures);
@@ -87,7 +84,7 @@ std::vector<BYTE> Ints(std::initializer_list<int> values)
 TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowAndLeaveItEmpty)
 {
     ZrCKlassifikator k;
-    FillTwoClasses(k);
+    Fill(k, 2, kTwoClasses);
     const std::vector<BYTE> valid = SerializeToBytes(k);
     for (std::size_t size = 0; size < valid.size(); ++size) {
         EXPECT_NE(Refused(std::vector<BYTE>(valid.begin(), valid.begin() + static_cast<long>(size))), CArchiveException::none) << size;
@@ -114,7 +111,7 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("vekdll_cls_" + std::to_string(::getpid()));
     std::filesystem::create_directories(folder);
     ZrCKlassifikator k, loaded;
-    FillTwoClasses(k);
+    Fill(k, 2, kTwoClasses);
     {
         RecordedHooks hooks((folder / "set.cls").string());
         k.SaveTrainingsData();
