@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <random>
-#include <tuple>
-#include <vector>
 
 #include "classifier/classifier_helpers.h"
 #include "support/archive_bytes.h"

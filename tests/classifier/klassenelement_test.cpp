@@ -2,8 +2,6 @@
 
 #include <cmath>
 #include <memory>
-#include <tuple>
-#include <vector>
 
 #include "classifier/classifier_helpers.h"
 

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
-#include <string>
-#include <tuple>
 #include <unistd.h>
 
 #include "classifier/classifier_helpers.h"

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "support/polygon_points.h"
 #include "support/unowned_alias.h"

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <random>
-#include <vector>
 
 #include "support/plane_geometry.h"
 #include "support/polygon_points.h"

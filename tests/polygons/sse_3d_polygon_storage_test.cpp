@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <random>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 #include "support/polygon_points.h"
 #include "support/archive_bytes.h"
