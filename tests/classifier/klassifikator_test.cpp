@@ -71,13 +71,6 @@ int Refused(const std::vector<BYTE>& bytes)
     return cause;
 }
 
-std::vector<BYTE> Ints(std::initializer_list<int> values)
-{
-    std::vector<BYTE> bytes;
-    for (int v : values) AppendBytes(bytes, v);
-    return bytes;
-}
-
 TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowAndLeaveItEmpty)
 {
     ZrCKlassifikator k;
@@ -88,11 +81,11 @@ TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowA
     }
     // Negative counts, classes and lengths, counts far beyond the stream
     // (refused before anything is allocated for them), lengths 1 and 2 in one set.
-    for (const auto& ints : {Ints({-1, 2}), Ints({0, -3}), Ints({1, 2, -4, 0}), Ints({0x7FFFFFFF, 2, 1, 0}),
-                             Ints({1, 2, 0x7FFFFFFF, 0}), Ints({2, 2, 1, 0, 0, 2, 0, 0, 0})}) {
+    for (const auto& ints : {BytesOf(-1, 2), BytesOf(0, -3), BytesOf(1, 2, -4, 0), BytesOf(0x7FFFFFFF, 2, 1, 0),
+                             BytesOf(1, 2, 0x7FFFFFFF, 0), BytesOf(2, 2, 1, 0, 0, 2, 0, 0, 0)}) {
         EXPECT_EQ(Refused(ints), CArchiveException::badIndex) << ints.size() << " bytes";
     }
-    EXPECT_EQ(Refused(Ints({0, 4})), CArchiveException::none);
+    EXPECT_EQ(Refused(BytesOf(0, 4)), CArchiveException::none);
     // Random streams and valid ones with a few bytes changed; the check is in Refused.
     std::mt19937 engine(4711);
     for (int trial = 0; trial < 400; ++trial) {

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 #include <string>
-#include <vector>
 
 #include "support/plane_geometry.h"
 #include "support/polygon_points.h"
@@ -16,19 +13,6 @@ namespace {
 
 // Rings at the float precision the triangulator sees.
 using Ring = std::vector<Xyz>;
-
-// Points at the angles 2 pi i / perTurn, i = 0 ... count - 1, each at the
-// distance radius(i, angle) from the origin.
-template <class Radius>
-Ring Polar(int count, int perTurn, Radius radius)
-{
-    Ring ring;
-    for (int i = 0; i < count; ++i) {
-        const double angle = 2.0 * std::numbers::pi * i / perTurn;
-        ring.push_back({float(radius(i, angle) * std::cos(angle)), float(radius(i, angle) * std::sin(angle))});
-    }
-    return ring;
-}
 
 Ring Regular(int corners, double radius)
 {

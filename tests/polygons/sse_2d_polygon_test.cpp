@@ -43,7 +43,7 @@ TEST(CSSE2dPolygon, AreaIsTheKeptFormulaAndNearestPointsAndDistancesThoseOfTheSp
     // Nearest points among the even indices before the last; the scan over
     // whole blocks (x = 0 .. 3 here) counts the x difference twice and reads no y.
     Fill(polygon, {{0, 100}, {1, 99}, {2, 98}, {3, 97}, {4, 96}, {5, 95}, {6, 94}});
-    EXPECT_EQ(std::pair(polygon.ClosestPointX(5), polygon.ClosestPointY(94)), std::pair(4, 4));
+    EXPECT_EQ(std::pair(polygon.ClosestPointX(5), polygon.ClosestPointY(99.5f)), std::pair(4, 0));
     const float d7 = 7.0f;
     EXPECT_EQ(polygon.GetMinEuclDistance(10, 1000), std::sqrt(d7 * d7 + d7 * d7));
 }

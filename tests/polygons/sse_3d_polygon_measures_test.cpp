@@ -42,8 +42,7 @@ TEST(CSSE3dPolygonBox, StartsInvertedAtTheSentinelsAndIsRecomputedOnlyWhenStale)
 
 TEST(CSSE3dPolygonMeasures, CentreDividesBeforeAddingAndTheClosedLineGivesLengthAndTwiceTheAreas)
 {
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{0.7f, 1, 0}, {7.1f, 2, 0}, {7.1f, 4, 0}});
+    CSSE3dPolygon polygon = PolygonOf({{0.7f, 1, 0}, {7.1f, 2, 0}, {7.1f, 4, 0}});
     polygon.CalcGeometricCenter();
     SSEPoint centre;
     polygon.GetGeometricCenter(centre);
@@ -110,8 +109,7 @@ TEST(CSSE3dPolygonClosestPoint, EachFormByItsMeasureItsPointsAndItsStartValue)
         {"the last point is never compared", diagonal, AlreadyThere(100, 20, 20, 0.5f), 0},
     };
     for (const auto& c : cases) {
-        CSSE3dPolygon polygon;
-        Fill(polygon, c.points);
+        CSSE3dPolygon polygon = PolygonOf(c.points);
         EXPECT_EQ(c.query(polygon), c.expected) << c.why;
     }
 }
@@ -125,8 +123,7 @@ TEST(CSSE3dPolygonDistanceScan, SeesOnlyWholeBlocksOfTheNormalisedCopyAndAgreesB
         std::vector<Xyz> points(n);
         for (Xyz& p : points) p = {coordinate(random), coordinate(random), coordinate(random)};
         t_resolutiondata r{0.5f * (1 + random() % 4), 0.5f * (1 + random() % 4), 0.5f * (1 + random() % 4)};
-        CSSE3dPolygon polygon;
-        Fill(polygon, points);
+        CSSE3dPolygon polygon = PolygonOf(points);
         polygon.NormalizeXYZ(r);
         const float qx = coordinate(random), qy = coordinate(random), qz = coordinate(random);
         const int skip = static_cast<int>(random() % 5) - 2; // a negative skip reads every block
@@ -143,8 +140,7 @@ TEST(CSSE3dPolygonDistanceScan, SeesOnlyWholeBlocksOfTheNormalisedCopyAndAgreesB
     }
     // Special measures in the plane unless |z| exceeds 0.001. The test is made
     // in double, where the float 0.001f lies just above 0.001 and so counts.
-    CSSE3dPolygon polygon;
-    Fill(polygon, Row(4));
+    CSSE3dPolygon polygon = PolygonOf(Row(4));
     t_resolutiondata unit{1, 1, 1};
     polygon.NormalizeXYZ(unit);
     for (auto [z, distance] : {std::pair{0.0009f, 0.0f}, {-0.0009f, 0.0f}, {0.001f, 0.001f}, {-0.001f, 0.001f}}) {

@@ -31,19 +31,16 @@ TEST(PointInLineInnerArea, TheRimConcaveAndThinnedLinesAndDegenerateSteps)
         {"top edge, thinned", dense, 4, 8, 3, false},
     };
     for (const auto& c : cases) {
-        CSSE3dPolygon polygon;
-        Fill(polygon, c.points);
+        CSSE3dPolygon polygon = PolygonOf(c.points);
         EXPECT_EQ(polygon.PointInLineInnerArea(c.x, c.y, c.step), c.inside) << c.why;
     }
 }
 
 TEST(PointInLineInnerArea, PointFormIgnoresZButNotWAndTheNormalisedFormKeepsThePlainBox)
 {
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {0, 4, 5}});
+    CSSE3dPolygon polygon = PolygonOf({{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {0, 4, 5}});
     SSEPoint inside = Sse(2.0f, 0.5f, 1000.0f), withW = Sse(2.0f, 0.5f, 0.0f, 1.0f);
-    EXPECT_TRUE(polygon.PointInLineInnerArea(inside, 1));
-    EXPECT_FALSE(polygon.PointInLineInnerArea(withW, 1));
+    EXPECT_EQ(std::pair(polygon.PointInLineInnerArea(inside, 1), polygon.PointInLineInnerArea(withW, 1)), std::pair(true, false));
     // In normalised units the square is 0..8 x 0..2; the plain box stays 0..4 x 0..4.
     t_resolutiondata resolution{2.0f, 0.5f, 1.0f};
     polygon.NormalizeXYZ(resolution);
@@ -58,13 +55,8 @@ TEST(PointInLineInnerArea, AgreesWithAPlainEvenOddCountOnRandomStars)
     std::mt19937 random(20261122);
     std::uniform_real_distribution<float> radius(2.0f, 10.0f), coordinate(-12.0f, 12.0f);
     for (int n = 5; n < 25; ++n) {
-        std::vector<Xyz> star;
-        for (int i = 0; i < n; ++i) {
-            const double angle = 2.0 * 3.14159265358979 * i / n, r = radius(random);
-            star.push_back({static_cast<float>(r * std::cos(angle)), static_cast<float>(r * std::sin(angle)), 0});
-        }
-        CSSE3dPolygon polygon;
-        Fill(polygon, star);
+        const std::vector<Xyz> star = Polar(n, n, [&](int, double) { return radius(random); });
+        CSSE3dPolygon polygon = PolygonOf(star);
         for (int k = 0; k < 200; ++k) {
             // Points on a quarter lattice offset by an eighth never meet a vertex column.
             const float x = std::round(coordinate(random) * 4.0f) / 4.0f + 0.125f, y = coordinate(random);
@@ -76,8 +68,7 @@ TEST(PointInLineInnerArea, AgreesWithAPlainEvenOddCountOnRandomStars)
 TEST(CSSE3dPolygonReParametrize, LongSegmentsGetKPointsAStepOfDOverKPlusAHalfApartUpTo99999Points)
 {
     // 3.5 long: k = 3 points a step of 1 apart, z along with x and y; the same way back.
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{0, 0, 0}, {3.5f, 0, 7}});
+    CSSE3dPolygon polygon = PolygonOf({{0, 0, 0}, {3.5f, 0, 7}});
     polygon.CalcBoundingBox();
     polygon.ReParametrize(1.0f);
     EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{0, 0, 0}, {1, 0, 2}, {2, 0, 4}, {3.5f, 0, 7}, {2.5f, 0, 5}, {1.5f, 0, 3}}));
@@ -96,21 +87,18 @@ TEST(CSSE3dPolygonReParametrize, LongSegmentsGetKPointsAStepOfDOverKPlusAHalfApa
     // The output stops at 99999 points; later segments still learn where they would have begun.
     Fill(polygon, {{0, 0, 0}, {150000, 0, 0}, {150000, 1, 0}});
     polygon.ReParametrize(1.0f, indices.data());
-    EXPECT_EQ(polygon.GetNumPoints(), 99999);
-    EXPECT_EQ(indices, (std::vector<int>{0, 99999, 99999}));
+    EXPECT_EQ(std::pair(polygon.GetNumPoints(), indices), std::pair(99999, std::vector<int>{0, 99999, 99999}));
     EXPECT_EQ(PointOf(polygon, 99998).x, 99998.0f * (150000.0f / 150000.5f));
 }
 
 TEST(CSSE3dPolygonChangeStartPoint, RotatesPointsAndIndicesAlikeAndDropsAStartOutsideTheLine)
 {
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{0, 0, 0}, {10, 0, 0}, {10, 10, 5}, {0, 10, 0}});
+    CSSE3dPolygon polygon = PolygonOf({{0, 0, 0}, {10, 0, 0}, {10, 10, 5}, {0, 10, 0}});
     polygon.CalcBoundingBox();
     std::vector<int> indices = {10, 11, 12, 13};
     polygon.ChangeStartPoint(1, indices.data());
     EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{10, 0, 0}, {10, 10, 5}, {0, 10, 0}, {0, 0, 0}}));
-    EXPECT_EQ(indices, (std::vector<int>{11, 12, 13, 10}));
-    EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
+    EXPECT_EQ(std::pair(indices, polygon.IsBoundingBoxCalculated()), std::pair(std::vector<int>{11, 12, 13, 10}, false));
     // The nearest-point form; then starts outside the line, as the -1 of an empty search.
     SSEPoint near = Sse(1, -1, 0);
     polygon.ChangeStartPoint(near, indices.data());

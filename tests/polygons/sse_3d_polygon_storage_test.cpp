@@ -12,14 +12,6 @@ using namespace vek::test;
 
 namespace {
 
-CSSE3dPolygon Line(int n)
-{
-    CSSE3dPolygon line;
-    Fill(line, Row(n));
-    line.CalcBoundingBox();
-    return line;
-}
-
 TEST(CSSE3dPolygonLife, CreateAndFreeKeepTheBoxBlockAndTheirFlagRules)
 {
     CSSE3dPolygon polygon;
@@ -45,8 +37,8 @@ TEST(CSSE3dPolygonLife, CreateAndFreeKeepTheBoxBlockAndTheirFlagRules)
 
 TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
 {
-    CSSE3dPolygon source;
-    Fill(source, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+    const auto line = [](int n) { CSSE3dPolygon l = PolygonOf(Row(n)); l.CalcBoundingBox(); return l; };
+    CSSE3dPolygon source = PolygonOf({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
     t_resolutiondata resolution{2, 3, 4};
     source.NormalizeXYZ(resolution);
     source.CalcBoundingBox();
@@ -56,7 +48,7 @@ TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
     copy.GetPointNormalizedSSE(2, normalized);
     EXPECT_EQ(std::tuple(copy.IsBoundingBoxCalculated(), Lanes(copy.GetTopRight()), normalized.z), std::tuple(false, Lanes4{7, 8, 9, 0}, 36.0f));
     // CreateSimilar takes the flag as it is; from itself it changes nothing.
-    CSSE3dPolygon similar = Line(9);
+    CSSE3dPolygon similar = line(9);
     similar.CreateSimilar(&source);
     similar.CreateSimilar(&similar);
     EXPECT_TRUE(similar.IsBoundingBoxCalculated());
@@ -72,17 +64,16 @@ TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
         EXPECT_EQ(std::pair(source.GetTopRight().x, source.IsBoundingBoxCalculated()), std::pair(50.0f, false));
     });
 
-    CSSE3dPolygon target = Line(3);
-    target = Line(9);
+    CSSE3dPolygon target = line(3);
+    target = line(9);
     CSSE3dPolygon moved(std::move(target));
-    target = Line(2); // the source keeps a usable box block
+    target = line(2); // the source keeps a usable box block
     EXPECT_EQ(std::pair(moved.GetTopRight().x, target.GetTopRight().x), std::pair(8.0f, 1.0f));
 }
 
 TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectClearTheFlag)
 {
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{1, 2, 3}, {4, 5, 6}});
+    CSSE3dPolygon polygon = PolygonOf({{1, 2, 3}, {4, 5, 6}});
     polygon.CalcBoundingBox();
     for (int i : {-1, 2}) {
         SSEPoint whole = Sse(-9, -9, -9, -9), normalized = whole;
@@ -119,34 +110,26 @@ TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectC
     EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{1.5f, 2, 7}, {4.5f, 2, 7}}));
 }
 
-// An archive of the given count followed by the given floats.
-std::vector<BYTE> Archive(int count, const std::vector<float>& floats)
-{
-    std::vector<BYTE> bytes;
-    AppendBytes(bytes, count);
-    for (float f : floats) AppendBytes(bytes, f);
-    return bytes;
-}
+using Floats = std::vector<float>;
 
 TEST(CSSE3dPolygonArchive, StoresCountThenXYZOfEachBlockOfFourAndLoadingDoublesThePointBeforeTheLast)
 {
-    CSSE3dPolygon polygon;
-    Fill(polygon, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {13, 14, 15}});
+    CSSE3dPolygon polygon = PolygonOf({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {13, 14, 15}});
     t_resolutiondata resolution{2, 2, 2};
     polygon.NormalizeXYZ(resolution); // neither the normalised copy nor the box is stored
     polygon.CalcBoundingBox();
     // The lanes behind the last point carry no meaning; they are written as zeros.
     const std::vector<BYTE> bytes = SerializeToBytes(polygon);
-    EXPECT_EQ(bytes, Archive(5, {1, 4, 7, 10, 2, 5, 8, 11, 3, 6, 9, 12, 13, 0, 0, 0, 14, 0, 0, 0, 15, 0, 0, 0}));
+    EXPECT_EQ(bytes, BytesOf(5, Floats{1, 4, 7, 10, 2, 5, 8, 11, 3, 6, 9, 12, 13, 0, 0, 0, 14, 0, 0, 0, 15, 0, 0, 0}));
 
     SerializeFromBytes(polygon, bytes);
-    EXPECT_FALSE(polygon.IsBoundingBoxCalculated());
-    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {10, 11, 12}}));
+    EXPECT_EQ(std::pair(PointsOf(polygon), polygon.IsBoundingBoxCalculated()),
+              std::pair(std::vector<Xyz>{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}, {10, 11, 12}}, false));
     // A single point has nothing before it and stays as read.
-    SerializeFromBytes(polygon, Archive(1, {5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0}));
+    SerializeFromBytes(polygon, BytesOf(1, Floats{5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0}));
     EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{5, 6, 7}}));
     polygon.Free();
-    EXPECT_EQ(SerializeToBytes(polygon), Archive(0, {}));
+    EXPECT_EQ(SerializeToBytes(polygon), BytesOf(0));
 }
 
 // The cause of the refusal, or none if the bytes loaded.
@@ -161,12 +144,11 @@ int Refused(const std::vector<BYTE>& bytes)
 TEST(CSSE3dPolygonArchive, ImpossibleTruncatedAndRandomArchivesThrowOrLoad)
 {
     // 2^30 points in 40 bytes are refused before anything is allocated.
-    EXPECT_EQ(Refused(Archive(1 << 30, std::vector<float>(9, 0.0f))), CArchiveException::badIndex);
-    EXPECT_EQ(Refused(Archive(-1, {})), CArchiveException::badIndex);
-    EXPECT_EQ(Refused(Archive(0x7FFFFFFF, std::vector<float>(12, 0.0f))), CArchiveException::badIndex);
+    for (const auto& bytes : {BytesOf(1 << 30, Floats(9)), BytesOf(-1), BytesOf(0x7FFFFFFF, Floats(12))}) {
+        EXPECT_EQ(Refused(bytes), CArchiveException::badIndex) << bytes.size() << " bytes";
+    }
 
-    CSSE3dPolygon source;
-    Fill(source, Row(9));
+    CSSE3dPolygon source = PolygonOf(Row(9));
     const std::vector<BYTE> whole = SerializeToBytes(source);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_NE(Refused(std::vector<BYTE>(whole.begin(), whole.begin() + static_cast<long>(size))), CArchiveException::none) << size;

@@ -68,6 +68,22 @@ void AppendBytes(std::vector<BYTE>& bytes, T value)
     std::memcpy(bytes.data() + at, &value, sizeof value);
 }
 
+// Appends the bytes of each value of a list, one after the other.
+template <class T>
+void AppendBytes(std::vector<BYTE>& bytes, const std::vector<T>& values)
+{
+    for (const T& value : values) AppendBytes(bytes, value);
+}
+
+// The bytes of the given values (single values or lists), one after the other.
+template <class... T>
+std::vector<BYTE> BytesOf(const T&... values)
+{
+    std::vector<BYTE> bytes;
+    (AppendBytes(bytes, values), ...);
+    return bytes;
+}
+
 inline float FloatAt(const std::vector<BYTE>& bytes, std::size_t offset)
 {
     float v;

@@ -3,6 +3,8 @@
 // Spatial and planar polygons from point lists, and their points back, for
 // the tests of the polygons and of whatever hands its results over as a polygon.
 
+#include <cmath>
+#include <numbers>
 #include <ostream>
 #include <vector>
 
@@ -77,6 +79,19 @@ inline std::vector<Xyz> Row(int count)
 {
     std::vector<Xyz> points;
     for (int i = 0; i < count; ++i) points.push_back({static_cast<float>(i), 0.0f, 0.0f});
+    return points;
+}
+
+// Points at the angles 2 pi i / perTurn, i = 0 ... count - 1, each at the
+// distance radius(i, angle) from the origin.
+template <class Radius>
+std::vector<Xyz> Polar(int count, int perTurn, Radius radius)
+{
+    std::vector<Xyz> points;
+    for (int i = 0; i < count; ++i) {
+        const double angle = 2.0 * std::numbers::pi * i / perTurn, r = radius(i, angle);
+        points.push_back({static_cast<float>(r * std::cos(angle)), static_cast<float>(r * std::sin(angle))});
+    }
     return points;
 }
 
