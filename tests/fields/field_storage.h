@@ -3,13 +3,19 @@
 // The fields read and written by their storage layout, not through their own
 // pixel functions. A float field holds four rows to a line (pixel (x, y) is
 // lane y & 3 of vector x of line y >> 2), a byte field sixteen (byte y & 15).
-// A storage row is an image row or, from SizeY on, a padding row.
+// A storage row is an image row or, from SizeY on, a padding row. The field
+// tests include this header for both rasters and the usual standard headers.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "vekdll/fields/sse_char_matrix.h"
@@ -18,14 +24,8 @@
 
 namespace vek::test {
 
-template <class Field> struct Storage {
-    using Cell = float;
-    static constexpr int kRowsPerLine = 4;
-};
-template <> struct Storage<CSSEcharMatrix> {
-    using Cell = signed char;
-    static constexpr int kRowsPerLine = 16;
-};
+template <class Field> struct Storage { using Cell = float; static constexpr int kRowsPerLine = 4; };
+template <> struct Storage<CSSEcharMatrix> { using Cell = signed char; static constexpr int kRowsPerLine = 16; };
 
 template <class Field>
 int StorageRows(const Field& m)
@@ -61,14 +61,8 @@ auto AllStored(const Field& m)
 
 // Values that tell every storage position apart: in float fields up to 1000
 // wide, and (within a byte) between neighbouring positions of a byte field.
-inline float Tag(int x, int row)
-{
-    return static_cast<float>(1 + x + 1000 * row);
-}
-inline int ByteTag(int x, int row)
-{
-    return (7 * x + 3 * row) % 251 - 125;
-}
+inline float Tag(int x, int row) { return static_cast<float>(1 + x + 1000 * row); }
+inline int ByteTag(int x, int row) { return (7 * x + 3 * row) % 251 - 125; }
 
 // A field of sizeX x sizeY whose every cell is value(x, storage row).
 template <class Field = CSSEMatrix, class Value>
@@ -78,6 +72,11 @@ Field FieldOf(int sizeX, int sizeY, Value value)
     m.Create(sizeX, sizeY);
     FillStorage(m, value);
     return m;
+}
+template <class Value>
+CSSEcharMatrix BytesOf(int sizeX, int sizeY, Value value)
+{
+    return FieldOf<CSSEcharMatrix>(sizeX, sizeY, value);
 }
 inline CSSEMatrix Filled(int sizeX, int sizeY, float v)
 {
@@ -108,6 +107,7 @@ inline std::vector<std::string> RowsOf(const CSSEMatrix& m)
     }
     return rows;
 }
+using Picture = std::vector<std::string>;
 
 // Expects every lane of `after` to be expected(x, storage row), bit for bit.
 template <class Expected>

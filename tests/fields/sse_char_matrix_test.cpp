@@ -1,32 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <limits>
 #include <memory>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include "fields/field_storage.h"
 #include "support/unowned_alias.h"
-#include "vekdll/fields/sse_char_matrix.h"
-#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
-using vek::test::AllStored;
-using vek::test::ByteTag;
-using vek::test::FillRandomBytes;
-using vek::test::FillStorage;
-using vek::test::StorageRows;
-using vek::test::Stored;
-
-template <class Value>
-CSSEcharMatrix BytesOf(int sizeX, int sizeY, Value value)
-{
-    return vek::test::FieldOf<CSSEcharMatrix>(sizeX, sizeY, value);
-}
+using namespace vek::test;
 
 // A field whose pixel (x, y) is base + 10 y + x, padding 0.
 CSSEcharMatrix Numbered(int sizeX, int sizeY, int base)
@@ -37,13 +17,11 @@ CSSEcharMatrix Numbered(int sizeX, int sizeY, int base)
 TEST(CSSEcharMatrixStorage, SixteenRowsToALineInBlocksOf32Lines)
 {
     // No rows: one line of padding; a multiple of 16: a whole line of
-    // padding; 32 lines fit one block, the 33rd opens a second.
+    // padding; 32 lines fit one block, the 33rd opens a second. Every byte
+    // starts at 0 and lies inside the blocks (AddressSanitizer checks).
     for (const auto& [sizeX, sizeY, lines, blocks] : {std::tuple{3, 0, 1, 1}, {3, 16, 2, 1}, {2, 511, 32, 1}, {2, 512, 33, 2}, {1, CSSEcharMatrix::kMaxSizeY, 8000, 250}}) {
         CSSEcharMatrix m(sizeX, sizeY);
-        ASSERT_EQ(m.GetSSESizeY(), lines) << sizeY;
-        ASSERT_EQ(m.GetFields(), blocks) << sizeY;
-        // Every byte starts at 0, and all of them lie inside the blocks
-        // (AddressSanitizer checks).
+        ASSERT_EQ(std::pair(m.GetSSESizeY(), m.GetFields()), std::pair(lines, blocks)) << sizeY;
         EXPECT_EQ(AllStored(m), std::vector<int>(static_cast<std::size_t>(16 * lines * sizeX), 0)) << sizeY;
         m.Clear(0x1FF); // the low byte, -1
         EXPECT_EQ(AllStored(m), std::vector<int>(static_cast<std::size_t>(16 * lines * sizeX), -1)) << sizeY;
@@ -67,7 +45,7 @@ TEST(CSSEcharMatrixStorage, PixelsAreClampedAndTheImageIsCopiedDeeplySharedOrMov
     // The copy constructor is deep; assignment shares the image (the alias is
     // never destroyed, so only m releases it); a move hands it over.
     const CSSEcharMatrix copy(m);
-    vek::test::UnownedAlias<CSSEcharMatrix> shared;
+    UnownedAlias<CSSEcharMatrix> shared;
     *shared = m;
     shared->SetPoint(3, 19, 42);
     EXPECT_EQ(AllStored(copy), expected);
@@ -98,7 +76,7 @@ TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictl
     // padding, which stays 0 whatever the float padding holds. The threshold
     // itself (at (0, 16)) and NaN are neither above nor below.
     const auto height = [](int x, int row) { return static_cast<float>((x * 13 + row * 7) % 20) - 10.0f; };
-    CSSEMatrix floats = vek::test::FieldOf(3, 37, height);
+    CSSEMatrix floats = FieldOf(3, 37, height);
     floats.SetPoint(1, 36, std::numeric_limits<float>::quiet_NaN());
     CSSEcharMatrix above;
     above.CopyAndTresholdAbove(floats, 2.0f, -7);
@@ -111,18 +89,12 @@ TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictl
 
 TEST(CSSEcharMatrixCombine, SubtractionWrapsAndNewColumnsOrAFrameSurroundTheImage)
 {
-    // Byte by byte, wrapping, over the common width and lines: -128 - 1 is 127.
-    CSSEcharMatrix a = BytesOf(5, 40, [](int x, int row) { return x == 0 && row == 0 ? -128 : 100 + x + row % 20; });
+    // Byte by byte, wrapping (-128 - 1 is 127), over the common width and lines.
+    const auto minuend = [](int x, int row) { return x == 0 && row == 0 ? -128 : 100 + x + row % 20; };
+    CSSEcharMatrix a = BytesOf(5, 40, minuend);
     const CSSEcharMatrix b = BytesOf(3, 10, [](int x, int row) { return x == 0 && row == 0 ? 1 : -50 + row; });
-    const CSSEcharMatrix before(a);
     a.SubMatrix(b);
-    for (int row = 0; row < 48; ++row) {
-        for (int x = 0; x < 5; ++x) {
-            const int old = Stored(before, x, row);
-            ASSERT_EQ(Stored(a, x, row), x < 3 && row < 16 ? static_cast<signed char>(old - Stored(b, x, row)) : old) << x << ", " << row;
-        }
-    }
-    EXPECT_EQ(a.GetPoint(0, 0), 127);
+    EXPECT_EQ(AllStored(a), AllStored(BytesOf(5, 40, [&](int x, int row) { return x < 3 && row < 16 ? static_cast<signed char>(minuend(x, row) - Stored(b, x, row)) : minuend(x, row); })));
 
     // Every byte of new columns, padding included, is pixel (0, 0) on the
     // left and the last pixel of row 0 on the right.
@@ -143,24 +115,21 @@ TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
     // lower c repeats its last row.
     const CSSEcharMatrix a = Numbered(4, 5, 0);
     const CSSEcharMatrix b = Numbered(5, 4, 50);
-    const CSSEcharMatrix tallC = Numbered(6, 10, -120);
-    const CSSEcharMatrix lowC = Numbered(4, 2, -120);
-    CSSEcharMatrix m;
-    m.CombineYDir(a, b, &tallC);
     const auto rows = [&](int y) { return y < 5 ? 10 * y : y < 9 ? 50 + 10 * (y - 5) : y < 13 ? -120 + 10 * (y - 9) : 0; };
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, 19, [&](int x, int y) { return y < 13 ? rows(y) + x : 0; })));
-    m.CombineYDir(a, b, &lowC);
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, 11, [&](int x, int y) { return y < 11 ? rows(y) + x : 0; })));
+    for (const auto& [c, sizeY, filled] : {std::tuple{Numbered(6, 10, -120), 19, 13}, {Numbered(4, 2, -120), 11, 11}}) {
+        CSSEcharMatrix m;
+        m.CombineYDir(a, b, &c);
+        EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, sizeY, [&, h = filled](int x, int y) { return y < h ? rows(y) + x : 0; })));
+    }
     // Without c; a may be this field.
-    m.CopyFromOtherMatrix(a);
+    CSSEcharMatrix m(a);
     m.CombineYDir(m, Numbered(3, 7, 60), nullptr);
     EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 12, [](int x, int y) { return y < 5 ? 10 * y + x : y < 12 ? 60 + 10 * (y - 5) + x : 0; })));
 
     // The fast form stacks whole lines over the larger width: the padding
     // bytes of a stay between the two, missing columns stay 0.
-    CSSEcharMatrix tall = BytesOf(3, 20, ByteTag); // two lines, 12 padding bytes
-    CSSEcharMatrix one = BytesOf(2, 5, [](int x, int row) { return -ByteTag(x, row); });
-    m.CombineYDirFast(tall, one);
+    const CSSEcharMatrix tall = BytesOf(3, 20, ByteTag); // two lines, 12 padding bytes
+    m.CombineYDirFast(tall, BytesOf(2, 5, [](int x, int row) { return -ByteTag(x, row); }));
     EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 48, [](int x, int row) { return row < 32 ? ByteTag(x, row) : row < 48 && x < 2 ? -ByteTag(x, row - 32) : 0; })));
 }
 
@@ -182,11 +151,10 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
         for (const int maxRow : {2000000000, 31, 16, 15, -1}) {
             const t_intvector profile = m.GetIntegralVectorFromMatrix(offset, maxRow);
             const std::unique_ptr<int[]> owned(profile.Data);
-            std::vector<int> want;
+            std::vector<int> want(4, 0);
             for (int x = 0; x < 4; ++x) {
-                int sum = 0;
-                for (int row = 0; row < 16 * std::clamp(maxRow >> 4, 0, 2); ++row) sum += static_cast<signed char>((Stored(m, x, row) + offset) & 0xFF);
-                want.push_back(sum / 32); // -33 / 32 is -1: truncation
+                for (int row = 0; row < 16 * std::clamp(maxRow >> 4, 0, 2); ++row) want[x] += static_cast<signed char>((Stored(m, x, row) + offset) & 0xFF);
+                want[x] /= 32; // -33 / 32 is -1: truncation
             }
             EXPECT_EQ(std::vector<int>(profile.Data, profile.Data + profile.Length), want) << "offset " << offset << ", maxRow " << maxRow;
         }
@@ -195,7 +163,7 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
     // One line whose every byte in column x is the profile's value + 40.
     // Below a fifth of the way up from the lowest value is ground: with a
     // profile from -128 to 87 that is -85, so a hump of -75 stands 10 above
-    // it.
+    // it. A staircase rises twice without a fall; the margins hold no hump.
     const auto syllables = [](int length, std::initializer_list<std::tuple<int, int, int>> humps, int ground) {
         return BytesOf(length, 15, [&](int x, int) {
                    for (const auto& [from, to, top] : humps)
@@ -205,10 +173,10 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
     };
     EXPECT_EQ(syllables(60, {{10, 17, 120}, {25, 32, 120}, {40, 47, 120}}, 40), 3);
     EXPECT_EQ(syllables(60, {{10, 17, -35}, {30, 37, 127}}, -88), 2);
-    EXPECT_EQ(syllables(60, {{15, 29, 60}, {30, 59, 80}}, 40), 1); // a staircase rises twice without a fall
+    EXPECT_EQ(syllables(60, {{15, 29, 60}, {30, 59, 80}}, 40), 1);
     EXPECT_EQ(syllables(40, {}, 90), 0);
-    EXPECT_EQ(syllables(8, {{3, 4, 120}}, 40), 0);  // no room between the margins
-    EXPECT_EQ(syllables(30, {{0, 2, 120}}, 40), 0); // a hump in the margin
+    EXPECT_EQ(syllables(8, {{3, 4, 120}}, 40), 0);
+    EXPECT_EQ(syllables(30, {{0, 2, 120}}, 40), 0);
 }
 
 TEST(CSSEcharMatrixTime, DifferencesAndSpreadAlongXEqualAPlainByteWiseComputation)
