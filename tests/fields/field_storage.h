@@ -82,6 +82,20 @@ inline CSSEMatrix Filled(int sizeX, int sizeY, float v)
 {
     return FieldOf(sizeX, sizeY, [v](int, int) { return v; });
 }
+// A field of `background`, padding included, but for the given cells
+// (x, storage row, value).
+inline CSSEMatrix WithPoints(int sizeX, int sizeY, float background, std::initializer_list<std::tuple<int, int, float>> points)
+{
+    CSSEMatrix m = Filled(sizeX, sizeY, background);
+    for (const auto& [x, row, v] : points) Stored(m, x, row) = v;
+    return m;
+}
+inline CSSEMatrix CopyOf(const CSSEMatrix& m)
+{
+    CSSEMatrix copy;
+    copy.CopyFromSSEMatrix(m);
+    return copy;
+}
 inline void FillRandomBytes(CSSEcharMatrix& m, CrtRandom& random)
 {
     FillStorage(m, [&](int, int) { return (random.Next() & 0xFF) - 128; });

@@ -1,25 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "fields/field_storage.h"
-#include "vekdll/fields/sse_char_matrix.h"
-#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
-using vek::test::ExpectLanes;
-using vek::test::FieldOf;
-using vek::test::Filled;
-using vek::test::FromRows;
-using vek::test::RowsOf;
-using vek::test::Stored;
-using Picture = std::vector<std::string>;
+using namespace vek::test;
 
 constexpr float kMinSentinel = 1000000.0f;
 constexpr float kMaxSentinel = -1000000.0f;
@@ -27,8 +12,8 @@ constexpr float kMaxSentinel = -1000000.0f;
 // Every whole-field operation with a constant or with a second field, on
 // random lanes that sit on every operation's no-data boundary (0.001, 0.002
 // around 1, 0.005, 0.1, 5, exact 0), against the per-pixel rule. Half of the
-// vectors hold one value in all four lanes, so that both the path where the
-// lanes agree and the mixed path are taken. The amount is a root of a
+// vectors hold one value in all four lanes, so that both the fast path where
+// the lanes agree and the mixed path are taken. The amount is a root of a
 // square, so it overflows and underflows; 0 - (-0) is +0.
 TEST(FieldArithmetic, MixedAndUniformVectorsGiveThePerPixelResultAtEveryBoundary)
 {
@@ -36,8 +21,8 @@ TEST(FieldArithmetic, MixedAndUniformVectorsGiveThePerPixelResultAtEveryBoundary
                                     0.9979f, 0.9981f, 1.0f, 1.0019f, 1.0021f, 1.5f,    2.0f,   3.0f,   4.99f,  5.0f,   1e20f, -1e-30f};
     std::mt19937 random(11);
     const auto randomField = [&](int sizeX, int sizeY) {
-        CSSEMatrix m = vek::test::Filled(sizeX, sizeY, 0.0f);
-        for (int row = 0; row < vek::test::StorageRows(m); row += 4) {
+        CSSEMatrix m = Filled(sizeX, sizeY, 0.0f);
+        for (int row = 0; row < StorageRows(m); row += 4) {
             for (int x = 0; x < sizeX; ++x) {
                 const bool uniform = random() % 2 == 0;
                 const float common = values[random() % values.size()];
@@ -81,38 +66,30 @@ TEST(FieldArithmetic, MixedAndUniformVectorsGiveThePerPixelResultAtEveryBoundary
         {[](CSSEMatrix& m, const CSSEMatrix& q) { m.StencilThreshBelow(q, 1.0f); }, [](float p, float q) { return q < 1.0f ? 0.0f : p; }},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
-        const auto& [op, pixel] = cases[i];
         // One block and several, with one to four lanes of padding.
         for (const auto& [sizeX, sizeY] : {std::pair{9, 7}, {13, 12}, {5, 130}}) {
             SCOPED_TRACE(testing::Message() << "operation " << i << " on " << sizeX << " x " << sizeY);
             CSSEMatrix m = randomField(sizeX, sizeY);
-            const CSSEMatrix q = randomField(sizeX, sizeY);
-            CSSEMatrix before;
-            before.CopyFromSSEMatrix(m);
-            op(m, q);
-            ExpectLanes(m, [&, &pixel = pixel](int x, int row) { return pixel(Stored(before, x, row), Stored(q, x, row)); });
+            const CSSEMatrix q = randomField(sizeX, sizeY), before = CopyOf(m);
+            cases[i].first(m, q);
+            ExpectLanes(m, [&](int x, int row) { return cases[i].second(Stored(before, x, row), Stored(q, x, row)); });
         }
     }
 }
 
 TEST(FieldArithmetic, RowsColumnsAndBlocksOfFourKeepTheirBounds)
 {
-    CSSEMatrix m = Filled(6, 7, 5.0f);
-    m.SetPoint(4, 1, 1.0f);
+    CSSEMatrix m = WithPoints(6, 7, 5.0f, {{4, 1, 1.0f}});
     m.TresholdAbove(2.0f, 9.0f, 3); // every lane of the columns before the first becomes 0
     ExpectLanes(m, [](int x, int row) { return x < 3 || (x == 4 && row == 1) ? 0.0f : 9.0f; });
-    m.Fill(3.0f);
-    m.SetPoint(2, 6, 1.0f);
+    m = WithPoints(6, 7, 3.0f, {{2, 6, 1.0f}});
     m.ReplaceLineAbove(2.0f, 8.0f, 100); // clamped to row 6
     ExpectLanes(m, [](int x, int row) { return row != 6 ? 3.0f : x == 2 ? 1.0f : 8.0f; });
 
     // Column 0: rows 0 to 3 hold 5, 5, 5, 6, so the whole vector goes.
     // Column 1: all four within the tolerance stay. Column 2: a stray value
     // in rows 4 to 7, another line, leaves rows 0 to 3 alone.
-    m = Filled(3, 7, 5.0f);
-    m.SetPoint(0, 3, 6.0f);
-    m.SetPoint(1, 2, 5.09f);
-    m.SetPoint(2, 4, 4.8f);
+    m = WithPoints(3, 7, 5.0f, {{0, 3, 6.0f}, {1, 2, 5.09f}, {2, 4, 4.8f}});
     m.EraseOtherValuePixels(5.0f, 0.1f);
     ExpectLanes(m, [](int x, int row) { return (x == 0 && row < 4) || (x == 2 && row >= 4) ? 0.0f : x == 1 && row == 2 ? 5.09f : 5.0f; });
 }
@@ -149,13 +126,11 @@ TEST(FieldArithmetic, FieldsOfDifferentSizesMeetOnTheLinesTheyShare)
 
     // The difference is made at the smaller size, dropping a sign if asked;
     // this field may be one of its operands.
-    CSSEMatrix a = Filled(4, 6, 1.0f);
-    a.SetPoint(1, 1, 5.0f);
+    CSSEMatrix a = WithPoints(4, 6, 1.0f, {{1, 1, 5.0f}});
     const CSSEMatrix b = Filled(5, 3, 2.0f);
     for (const auto& [dropNegative, dropPositive] : {std::pair{false, false}, {true, false}, {false, true}}) {
         m.CalcDifferenceMatrixConstrained(a, b, dropNegative, dropPositive);
-        EXPECT_EQ(m.GetSizeX(), 4);
-        EXPECT_EQ(m.GetSizeY(), 3);
+        EXPECT_EQ(std::pair(m.GetSizeX(), m.GetSizeY()), std::pair(4, 3));
         ExpectLanes(m, [n = dropNegative, p = dropPositive](int x, int row) { return x == 1 && row == 1 ? (p ? 0.0f : 3.0f) : (n ? 0.0f : -1.0f); });
     }
     a.CalcDifferenceMatrixConstrained(a, b, false, false);
@@ -202,39 +177,37 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
             want[3] = std::min(want[3], p);
         }
     }
-    float got[4];
-    m.CalcMinMaxValues(&got[0], &got[1]);
-    m.CalcMinMaxValuesExcludeZero(&got[2], &got[3]);
-    EXPECT_EQ(std::vector<float>(got, got + 4), std::vector<float>(want, want + 4));
-    m = Filled(7, 12, 0.0019f); // searched: column 3 of rows 4 to 11
-    m.SetPoint(3, 5, -0.0019f);
-    m.CalcMinMaxValuesExcludeZero(&got[0], &got[1]);
-    EXPECT_EQ(std::vector<float>(got, got + 2), (std::vector<float>{kMaxSentinel, kMinSentinel}));
-    m.SetPoint(3, 6, 0.004f);
-    m.SetPoint(3, 7, -0.0021f);
-    m.CalcMinMaxValuesExcludeZero(&got[0], &got[1]);
-    EXPECT_EQ(std::vector<float>(got, got + 2), (std::vector<float>{0.004f, -0.0021f}));
+    const auto maxMin = [](const CSSEMatrix& f, void (CSSEMatrix::*search)(float*, float*) const) {
+        std::vector<float> got(2);
+        (f.*search)(&got[0], &got[1]);
+        return got;
+    };
+    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValues), std::vector<float>(want, want + 2));
+    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), std::vector<float>(want + 2, want + 4));
+    // 7 x 12 is searched in column 3 of rows 4 to 11.
+    m = WithPoints(7, 12, 0.0019f, {{3, 5, -0.0019f}});
+    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{kMaxSentinel, kMinSentinel}));
+    m = WithPoints(7, 12, 0.0019f, {{3, 6, 0.004f}, {3, 7, -0.0021f}});
+    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{0.004f, -0.0021f}));
 
     // 20 x 24: six lines. The patch (2 .. 15, 5 .. 21) searches lines
     // (5 >> 2) + 1 = 2 to (21 >> 2) - 1 = 4 and vectors 5 to 12, the ends
-    // excluded: rows 8 to 15, columns 5 to 11.
+    // excluded: rows 8 to 15, columns 5 to 11. Clamped first, (-50 .. 1000,
+    // 0 .. 1000) is (0 .. 19, 0 .. 23); (0 .. 6, 0 .. 23) shrinks to nothing.
+    const auto patch = [&](void (CSSEMatrix::*search)(float*, int, int, int, int) const, int x0, int x1, int y0, int y1) {
+        float got = 0.0f;
+        (m.*search)(&got, x0, x1, y0, y1);
+        return got;
+    };
     m = FieldOf(20, 24, [](int x, int y) { return static_cast<float>(100 * y + x); });
-    m.CalcMaxValueOfPatch(&got[0], 2, 15, 5, 21);
-    m.CalcMinValueOfPatch(&got[1], 2, 15, 5, 21);
-    EXPECT_EQ(got[0], 100.0f * 15 + 11);
-    EXPECT_EQ(got[1], 100.0f * 8 + 5);
-    m.CalcMaxValueOfPatch(&got[0], -50, 1000, 0, 1000); // clamped first: (0 .. 19, 0 .. 23)
-    EXPECT_EQ(got[0], 100.0f * 15 + 15);
-    m.CalcMaxValueOfPatch(&got[0], 0, 6, 0, 23); // shrinks to nothing
-    EXPECT_EQ(got[0], kMaxSentinel);
+    EXPECT_EQ((std::vector<float>{patch(&CSSEMatrix::CalcMaxValueOfPatch, 2, 15, 5, 21), patch(&CSSEMatrix::CalcMinValueOfPatch, 2, 15, 5, 21),
+                                  patch(&CSSEMatrix::CalcMaxValueOfPatch, -50, 1000, 0, 1000), patch(&CSSEMatrix::CalcMaxValueOfPatch, 0, 6, 0, 23)}),
+              (std::vector<float>{1511, 805, 1515, kMaxSentinel}));
     // In a patch -0.005 < p < 0.005 is no data.
-    m.Fill(0.0049f);
-    m.SetPoint(5, 6, -0.0049f);
-    m.CalcMinValueOfPatchExcludeZero(&got[0], 0, 13, 0, 15);
-    EXPECT_EQ(got[0], kMinSentinel);
-    m.SetPoint(5, 5, 0.0051f);
-    m.CalcMinValueOfPatchExcludeZero(&got[0], 0, 13, 0, 15);
-    EXPECT_EQ(got[0], 0.0051f);
+    m = WithPoints(20, 24, 0.0049f, {{5, 6, -0.0049f}});
+    EXPECT_EQ(patch(&CSSEMatrix::CalcMinValueOfPatchExcludeZero, 0, 13, 0, 15), kMinSentinel);
+    m = WithPoints(20, 24, 0.0049f, {{5, 5, 0.0051f}});
+    EXPECT_EQ(patch(&CSSEMatrix::CalcMinValueOfPatchExcludeZero, 0, 13, 0, 15), 0.0051f);
 }
 
 TEST(FieldBoundingBox, ScansForTheMinimaStartAtOneAndTheMaximaStopBeforeZero)
@@ -244,15 +217,11 @@ TEST(FieldBoundingBox, ScansForTheMinimaStartAtOneAndTheMaximaStopBeforeZero)
         m.CalcBoundingBox(b[0], b[1], b[2], b[3], value, above);
         return b;
     };
-    CSSEMatrix m = Filled(8, 6, 0.0f);
-    m.SetPoint(0, 0, 1.0f); // seen by no scan
-    EXPECT_EQ(box(m, 0.5f, true), (std::vector<int>{7, 5, 0, 0}));
-    m.SetPoint(7, 2, 1.0f);
-    m.SetPoint(3, 4, 1.0f);
-    EXPECT_EQ(box(m, 0.5f, true), (std::vector<int>{3, 2, 7, 4}));
-    // Below: value > p. The padding lanes, set to 0, are no pixels.
-    m = FieldOf(8, 6, [](int x, int row) { return row >= 6 ? 0.0f : x == 2 && row == 3 ? 1.0f : 5.0f; });
-    EXPECT_EQ(box(m, 2.0f, false), (std::vector<int>{2, 3, 2, 3}));
+    // Pixel (0, 0) is seen by no scan. Below: value > p; the padding lanes,
+    // set to 0, are no pixels.
+    EXPECT_EQ(box(WithPoints(8, 6, 0.0f, {{0, 0, 1.0f}}), 0.5f, true), (std::vector<int>{7, 5, 0, 0}));
+    EXPECT_EQ(box(WithPoints(8, 6, 0.0f, {{0, 0, 1.0f}, {7, 2, 1.0f}, {3, 4, 1.0f}}), 0.5f, true), (std::vector<int>{3, 2, 7, 4}));
+    EXPECT_EQ(box(FieldOf(8, 6, [](int x, int row) { return row >= 6 ? 0.0f : x == 2 && row == 3 ? 1.0f : 5.0f; }), 2.0f, false), (std::vector<int>{2, 3, 2, 3}));
 }
 
 TEST(FieldEraseFrame, PeelsOnePixelOffEachAreaReadingTheFieldAsItWas)
@@ -271,7 +240,7 @@ TEST(FieldEraseFrame, PeelsOnePixelOffEachAreaReadingTheFieldAsItWas)
     m.EraseFrame(nullptr);
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".......", "..303..", ".......", "......."}));
     // With a mask its four-neighbours decide, not its centre.
-    m = FromRows({"55555", "55555", "55555", "55555", "55555"});
+    m = Filled(5, 5, 5.0f);
     const CSSEMatrix mask = FromRows({"11111", "11.11", "11111", "11111", "1111."});
     m.EraseFrameWithMask(&mask);
     EXPECT_EQ(RowsOf(m), (Picture{"55555", "5.5.5", "55.55", "55555", "55555"}));

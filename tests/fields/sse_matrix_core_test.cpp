@@ -1,26 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
 #include <limits>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include "fields/field_storage.h"
 #include "support/unowned_alias.h"
 #include "vekdll/fields/filters.h"
 #include "vekdll/fields/img_from_to_array.h"
-#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
-using vek::test::AllStored;
-using vek::test::ExpectLanes;
-using vek::test::FieldOf;
-using vek::test::Filled;
-using vek::test::Tag;
+using namespace vek::test;
 
 TEST(CSSEMatrixStorage, LinesBlocksAndPaddingFollowTheRowCount)
 {
@@ -44,7 +31,7 @@ TEST(CSSEMatrixStorage, CreateRefusesAssignmentSharesAndMoveHandsTheImageOver)
     EXPECT_THROW(m.CreateNoClear(1, CSSEMatrix::kMaxSizeY + 1), CInvalidArgException);
     EXPECT_EQ(m.GetSizeX(), 7) << "refused before anything changed";
     // The alias is never destroyed, so that only m releases the shared image.
-    vek::test::UnownedAlias<CSSEMatrix> alias;
+    UnownedAlias<CSSEMatrix> alias;
     *alias = m;
     alias->SetPoint(1, 129, 9.0f);
     // A move takes image, spans and row state, releases the target's own
@@ -67,7 +54,7 @@ TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootpri
 {
     CSSEMatrix m = FieldOf(9, 11, Tag); // storage row 11 is padding
     EXPECT_EQ(m.GetPoint(-5, 1000), Tag(0, 10));
-    EXPECT_EQ(m.GetPointAddress(20, -3), &vek::test::Stored(m, 8, 0));
+    EXPECT_EQ(m.GetPointAddress(20, -3), &Stored(m, 8, 0));
 
     enum Merge { Assign, Larger, Smaller };
     struct Write {
@@ -96,11 +83,9 @@ TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootpri
                 const int cx = std::clamp(x, w.left, 8 - w.right);
                 const int cy = std::clamp(y, w.reach, 10 - w.reach);
                 ExpectLanes(m, [&](int col, int row) {
-                    const int dx = col - cx;
-                    const int dy = row - cy;
-                    const float old = pattern(col, row);
-                    if (dx < -w.left || dx > w.right || std::abs(dy) > w.reach || (w.cross && dx != 0 && dy != 0)) return old;
-                    return w.merge == Assign ? 4.5f : w.merge == Larger ? std::max(old, 4.5f) : std::min(old, 4.5f);
+                    const int dx = col - cx, dy = row - cy;
+                    const float old = pattern(col, row), merged = w.merge == Assign ? 4.5f : w.merge == Larger ? std::max(old, 4.5f) : std::min(old, 4.5f);
+                    return dx < -w.left || dx > w.right || std::abs(dy) > w.reach || (w.cross && dx != 0 && dy != 0) ? old : merged;
                 });
             }
         }
@@ -155,9 +140,8 @@ TEST(CSSEMatrixCopy, DeepCopyTakesEveryLaneOfEveryBlockAndNothingElse)
             dst.CopyFromSSEMatrix(src);
             dst.CopyFromSSEMatrix(CSSEMatrix());
             dst.CopyFromSSEMatrix(dst);
-            EXPECT_EQ(dst.GetSizeY(), sizeY);
             EXPECT_EQ(AllStored(dst), AllStored(src)) << sizeX << " x " << sizeY << " into width " << targetX;
-            EXPECT_EQ(dst.GetRowProcessed(), 9);
+            EXPECT_EQ(std::pair(dst.GetSizeY(), dst.GetRowProcessed()), std::pair(sizeY, 9));
         }
     }
 }
@@ -173,16 +157,13 @@ TEST(CSSEMatrixCopy, CenteredCopiesLayTheTwoCentresOnEachOther)
     // The merging forms don't clear: 5 with a hole of 1 at (2, 2), shifted
     // by 1 onto 3 with a peak of 8 at (3, 3). A source narrower than the
     // field is not used; only the plain centred copy clears before it looks.
-    CSSEMatrix src = Filled(6, 6, 5.0f);
-    src.SetPoint(2, 2, 1.0f);
+    const CSSEMatrix src = FromRows({"555555", "555555", "551555", "555555", "555555", "555555"});
     const CSSEMatrix narrow = Filled(3, 10, 9.0f);
     for (const bool maximum : {true, false}) {
-        CSSEMatrix dst = Filled(4, 4, 3.0f);
-        dst.SetPoint(3, 3, 8.0f);
-        for (const CSSEMatrix* from : {&std::as_const(src), &narrow}) maximum ? dst.CopyFromSSEMatrixCenteredMaximum(*from) : dst.CopyFromSSEMatrixCenteredMinimum(*from);
+        CSSEMatrix dst = FieldOf(4, 4, [](int x, int y) { return x == 3 && y == 3 ? 8.0f : 3.0f; });
+        for (const CSSEMatrix* from : {&src, &narrow}) maximum ? dst.CopyFromSSEMatrixCenteredMaximum(*from) : dst.CopyFromSSEMatrixCenteredMinimum(*from);
         ExpectLanes(dst, [&](int x, int y) {
-            const float here = x == 3 && y == 3 ? 8.0f : 3.0f;
-            const float there = x == 1 && y == 1 ? 1.0f : 5.0f;
+            const float here = x == 3 && y == 3 ? 8.0f : 3.0f, there = x == 1 && y == 1 ? 1.0f : 5.0f;
             return y >= 4 ? 3.0f : maximum ? std::max(here, there) : std::min(here, there);
         });
         dst.CopyFromSSEMatrixCentered(narrow);
@@ -213,13 +194,10 @@ TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
         spans.GetFromToCoords(range.first, range.second, y, h);
         return range;
     };
-    CSSEMatrix m = Filled(12, 14, 0.0f);
-    for (int x = 4; x <= 7; ++x) m.SetPoint(x, 1, 1.0f); // line 0: a plateau
-    m.SetPoint(3, 4, 0.004f);                          // line 1: inside the band of 0.005, ...
-    m.SetPoint(6, 5, 0.005f);                          // ... and on it, which counts
-    m.SetPoint(10, 10, 2.0f);                          // line 2: a change that ends the forward scan ...
-    m.SetPoint(11, 10, 2.0f);                          // ... and none behind it for the backward scan
-    vek::test::Stored(m, 2, 15) = 7.0f;                // line 3: a padding lane counts too
+    // Line 0: a plateau; line 1: a change inside the band of 0.005 and one on
+    // it, which counts; line 2: a change that ends the forward scan and none
+    // behind it for the backward scan; line 3: a padding lane counts too.
+    CSSEMatrix m = WithPoints(12, 14, 0.0f, {{4, 1, 1}, {5, 1, 1}, {6, 1, 1}, {7, 1, 1}, {3, 4, 0.004f}, {6, 5, 0.005f}, {10, 10, 2}, {11, 10, 2}, {2, 15, 7}});
     CImgFromToArray& spans = m.GetFromToArray();
     spans.CalcArray(m, 0, 11);
     ASSERT_EQ(spans.GetNumEntries(), 4);
