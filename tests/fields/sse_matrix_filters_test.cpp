@@ -1,25 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
 #include <numeric>
-#include <string>
-#include <vector>
 
 #include "fields/field_storage.h"
 #include "vekdll/fields/filters.h"
-#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
-using vek::test::AllStored;
-using vek::test::ExpectLanes;
-using vek::test::FieldOf;
-using vek::test::Filled;
-using vek::test::FromRows;
-using vek::test::RowsOf;
-using vek::test::Stored;
-using Picture = std::vector<std::string>;
+using namespace vek::test;
 
 TEST(FieldMorphology, FourNeighbourhoodOnlyAndTheFrameBecomesZero)
 {
@@ -48,16 +34,12 @@ float CentreAfter(const std::vector<float>& values, int side)
 
 TEST(PartialMedian, SecondPassOnlyAfterAnExchangeAtTheLastComparison)
 {
-    // 9 travels to the end, exchanging at the last comparison; the second
-    // pass exchanges nothing at the end, and the list is sorted.
-    EXPECT_EQ(CentreAfter({9, 1, 2, 3, 4, 5, 6, 7, 8}, 3), 5.0f);
     // Two passes: 9 then 8 travel up; 1 to 4 move down only two places, so
-    // position 4 holds 2 though the median is 5.
+    // position 4 holds 2 though the median is 5. Where the last comparison
+    // (8 against 9) exchanges nothing, one pass leaves 5, 6, 1, 2, 3, 4, 7,
+    // 8, 9 and so 3.
     EXPECT_EQ(CentreAfter({5, 6, 7, 8, 9, 1, 2, 3, 4}, 3), 2.0f);
-    // The last comparison (8 against 9) exchanges nothing: one pass, which
-    // leaves 5, 6, 1, 2, 3, 4, 7, 8, 9 and so 3.
     EXPECT_EQ(CentreAfter({5, 6, 7, 1, 2, 3, 4, 8, 9}, 3), 3.0f);
-
     // 5 x 5: positions 0 to 11 hold 13 to 24, positions 12 to 23 hold 1 to
     // 12. With 25 at the end one pass carries 24 to position 23 and stops:
     // position 12 holds 2, where the median is 13.
@@ -125,10 +107,9 @@ TEST(FieldMaskFilter, CorrelatesCentredAndLeavesTheUnreachedFrame)
     CSSEMatrix m = FromRows({"11111", "12341", "15671", "11111"});
     CSSEMatrix out = Filled(5, 4, 9.0f);
     m.MaskFilter(out, mask, false);
+    const Picture filtered = RowsOf(out);
     EXPECT_EQ(out.GetPoint(2, 1), 22.0f);
-    EXPECT_EQ(RowsOf(out)[3], "99999");
-    EXPECT_EQ(RowsOf(out)[0][0], '9');
-    EXPECT_EQ(RowsOf(out)[2][4], '9');
+    EXPECT_EQ(filtered[3] + filtered[0][0] + filtered[2][4], "9999999");
     m.MaskFilter(out, mask, true); // divided by the absolute sum 8
     EXPECT_EQ(out.GetPoint(2, 1), 22.0f / 8.0f);
     // An out of another size is made anew, and so its frame is 0.
@@ -149,18 +130,13 @@ TEST(FieldFilters, FilteringAFieldIntoItselfReadsItAsItWas)
     const CSSEMatrix field = FieldOf(9, 10, [](int x, int row) { return static_cast<float>((x * 7 + row * 3) % 11); });
     const CSSEMatrix mask = FromRows({"121", "2-2"});
     const auto expectInPlace = [&](const std::function<void(CSSEMatrix& in, CSSEMatrix& out)>& filter) {
-        CSSEMatrix apart;
-        apart.CopyFromSSEMatrix(field);
-        CSSEMatrix in;
-        in.CopyFromSSEMatrix(field);
+        CSSEMatrix apart = CopyOf(field), in = CopyOf(field);
         filter(in, apart);
         filter(in, in);
         EXPECT_EQ(AllStored(in), AllStored(apart));
     };
     expectInPlace([](CSSEMatrix& in, CSSEMatrix& out) { CFilters::Median3x3(in, out, 0, 9, 0, 10); });
     expectInPlace([](CSSEMatrix& in, CSSEMatrix& out) { out.BoxFilter(in, true); });
-    // MaskFilter into a copy of the field or into itself: the frame keeps
-    // the same values.
     expectInPlace([&](CSSEMatrix& in, CSSEMatrix& out) { in.MaskFilter(out, mask, false); });
 }
 
@@ -183,13 +159,12 @@ TEST(FieldDerivatives, ForwardDifferencesOverAllLanesLeaveTheLastColumnOrLine)
 
 TEST(FieldChamfer, StepsOfThreeAndFourWithWholeColumnMasksAndAClearedFrame)
 {
-    // 24 x 24 with one seed at (12, 10).
-    CSSEMatrix m = Filled(24, 24, 0.0f);
-    m.SetPoint(12, 10, 1.0f);
+    // One seed at (12, 10). Two diagonal steps give 8 down to the right and
+    // up to the left. The masks take whole columns (left forward, right
+    // backward), which don't carry the other diagonal through: (-2, 2) is
+    // (-1, 2) + 3 = 10.
+    CSSEMatrix m = WithPoints(24, 24, 0.0f, {{12, 10, 1.0f}});
     m.Chamfer();
-    // Two diagonal steps give 8 down to the right and up to the left. The
-    // masks take whole columns (left forward, right backward), which don't
-    // carry the other diagonal through: (-2, 2) is (-1, 2) + 3 = 10.
     const auto d = [&](int dx, int dy) { return m.GetPoint(12 + dx, 10 + dy); };
     EXPECT_EQ((std::vector<float>{d(0, 0), d(-1, 0), d(0, 1), d(-1, -1), d(2, 1), d(2, 2), d(-2, -2), d(-2, 2), d(2, -2)}), (std::vector<float>{0, 3, 3, 4, 7, 8, 8, 10, 10}));
     // The frame is cleared: 4 columns on the left, 5 on the right, one line
@@ -223,11 +198,9 @@ TEST(FieldThinning, LinesAndTwoNeighbourCornersStayAndThickBarsShrinkToTheirMidd
         m = FieldOf(15, 9, [&](int x, int y) { return x >= 2 && x <= 12 && std::abs(y - 4) <= half ? 1.0f : 0.0f; });
         m.ZhangSuen(0.5f);
         const std::string middle = RowsOf(m)[4];
-        const std::size_t first = middle.find('1');
-        const std::size_t last = middle.rfind('1');
+        const std::size_t first = middle.find('1'), last = middle.rfind('1');
         EXPECT_EQ(m.NumValuesAbove(0.5f), static_cast<int>(last - first + 1)) << "the run on the middle row is all that is left";
-        EXPECT_EQ(middle.find('.', first), last + 1) << middle;
-        EXPECT_TRUE(first >= 2 && first <= 4 && last >= 9 && last <= 12) << middle;
+        EXPECT_TRUE(middle.find('.', first) == last + 1 && first >= 2 && first <= 4 && last >= 9 && last <= 12) << middle;
     }
 }
 

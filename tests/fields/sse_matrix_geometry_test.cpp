@@ -1,24 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <random>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include "fields/field_storage.h"
-#include "vekdll/fields/sse_char_matrix.h"
-#include "vekdll/fields/sse_matrix.h"
 
 namespace {
 
-using vek::test::AllStored;
-using vek::test::ExpectLanes;
-using vek::test::FieldOf;
-using vek::test::Filled;
-using vek::test::Stored;
-using vek::test::Tag;
+using namespace vek::test;
 
 TEST(CSSEMatrixAreaFill, FillAreaMirrorsTheKeptLanesOfTheEdgeColumns)
 {
@@ -36,8 +22,7 @@ TEST(CSSEMatrixAreaFill, FillAreaMirrorsTheKeptLanesOfTheEdgeColumns)
                 CSSEMatrix field = FieldOf(7, 13, Tag);
                 std::vector<float> expected = AllStored(field);
                 const auto at = [&](int x, int row) -> float& { return expected[static_cast<std::size_t>(row * 7 + x)]; };
-                const int c0 = std::clamp(x0, 0, 6);
-                const int c1 = std::clamp(x1, 0, 6);
+                const int c0 = std::clamp(x0, 0, 6), c1 = std::clamp(x1, 0, 6);
                 const auto fillLine = [&](int line, const int (&lanes)[4], int edgeColumn) {
                     if (lanes[0] == N) return;
                     float vector[4];
@@ -45,8 +30,7 @@ TEST(CSSEMatrixAreaFill, FillAreaMirrorsTheKeptLanesOfTheEdgeColumns)
                     for (int x = c0; x < c1; ++x)
                         for (int lane = 0; lane < 4; ++lane) at(x, 4 * line + lane) = vector[lane];
                 };
-                const int l0 = std::clamp(y0 >> 2, 0, 3);
-                const int l1 = std::clamp(y1 >> 2, 0, 3);
+                const int l0 = std::clamp(y0 >> 2, 0, 3), l1 = std::clamp(y1 >> 2, 0, 3);
                 fillLine(l0, kFirstLine[y0 & 3], c0);
                 fillLine(l1, kLastLine[y1 & 3], c1);
                 for (int line = l0 + 1; line < l1; ++line) fillLine(line, kFirstLine[0], c0);
@@ -96,11 +80,10 @@ TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutA
     // FindFirstPoint on 50 x 60 looks at columns 20 ... 29, lines 5 ... 10
     // (rows 20 ... 43), column by column, and counts a pixel equal to t.
     int at[2] = {7, 7};
-    CSSEMatrix m = Filled(50, 60, 0.0f);
-    for (const auto& [x, y] : {std::pair{19, 30}, {30, 30}, {25, 19}, {25, 44}}) m.SetPoint(x, y, 2.0f);
+    CSSEMatrix m = WithPoints(50, 60, 0.0f, {{19, 30, 2}, {30, 30, 2}, {25, 19, 2}, {25, 44, 2}});
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
     EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{0, 0})) << "hits in the margin only";
-    for (const auto& [x, y, v] : {std::tuple{22, 38, 1.0f}, {22, 39, 3.0f}, {26, 21, 3.0f}}) m.SetPoint(x, y, v);
+    m = WithPoints(50, 60, 0.0f, {{19, 30, 2}, {30, 30, 2}, {25, 19, 2}, {25, 44, 2}, {22, 38, 1}, {22, 39, 3}, {26, 21, 3}});
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
     EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{22, 38})) << "the first column, then the lowest lane";
 
@@ -163,11 +146,8 @@ template <class Mask, class Value>
 void ExpectMaskProtects(Value set, Value tiny)
 {
     CSSEMatrix m = ColumnField(true);
-    Mask mask;
-    mask.Create(3, 40);
-    for (int x = 0; x < 3; ++x) mask.SetPoint(x, 25, set);
-    mask.SetPoint(1, 30, tiny);
-    mask.SetPoint(1, 10, set); // above the hit
+    // Row 25 and, above the hit, (1, 10) are set; (1, 30) barely.
+    Mask mask = FieldOf<Mask>(3, 40, [&](int x, int row) { return row == 25 || (x == 1 && row == 10) ? set : x == 1 && row == 30 ? tiny : Value{}; });
     int y = -5;
     m.DrawFirstPointLinedUseMask(1, 50000.0f, true, 7.0f, y, mask, 0);
     EXPECT_EQ(y, 16);
@@ -196,25 +176,18 @@ TEST(CSSEMatrixResampling, EveryPixelIsTheBilinearBlendSummedInItsFixedOrder)
         for (auto scale : {&CSSEMatrix::ScaleMatrix, &CSSEMatrix::ScaleMatrix_SSE}) {
             SCOPED_TRACE(testing::Message() << oldX << " x " << oldY << " to " << newX << " x " << newY);
             const CSSEMatrix old = FieldOf(oldX, oldY, [&](int, int) { return value(random); });
-            CSSEMatrix m;
-            m.CopyFromSSEMatrix(old);
+            CSSEMatrix m = CopyOf(old);
             m.SetRowProcessed(3);
             (m.*scale)(newX, newY);
-            ASSERT_EQ(m.GetSizeX(), newX);
-            ASSERT_EQ(m.GetSizeY(), newY);
-            EXPECT_EQ(m.GetRowProcessed(), 3);
+            ASSERT_EQ(std::tuple(m.GetSizeX(), m.GetSizeY(), m.GetRowProcessed()), std::tuple(newX, newY, 3));
             // New pixel (x, y) lies at (x * sx, y * sy) of the old image; the
             // neighbours right and below are read clamped; the four terms are
             // summed left to right. The padding is cleared.
-            const float sx = static_cast<float>(oldX) / static_cast<float>(newX);
-            const float sy = static_cast<float>(oldY) / static_cast<float>(newY);
+            const float sx = static_cast<float>(oldX) / static_cast<float>(newX), sy = static_cast<float>(oldY) / static_cast<float>(newY);
             ExpectLanes(m, [&, newY = newY](int x, int y) {
-                const float fx = static_cast<float>(x) * sx;
-                const float fy = static_cast<float>(y) * sy;
-                const int ix = static_cast<int>(fx);
-                const int iy = static_cast<int>(fy);
-                const float tx = fx - static_cast<float>(ix);
-                const float ty = fy - static_cast<float>(iy);
+                const float fx = static_cast<float>(x) * sx, fy = static_cast<float>(y) * sy;
+                const int ix = static_cast<int>(fx), iy = static_cast<int>(fy);
+                const float tx = fx - static_cast<float>(ix), ty = fy - static_cast<float>(iy);
                 const auto p = [&](int i, int j) { return old.GetPoint(i, j); };
                 return y >= newY ? 0.0f : (1 - tx) * p(ix, iy) * (1 - ty) + p(ix + 1, iy) * tx * (1 - ty) + (1 - tx) * p(ix, iy + 1) * ty + p(ix + 1, iy + 1) * tx * ty;
             });
@@ -235,8 +208,7 @@ TEST(CSSEMatrixResizing, NewColumnsRepeatTheRimPixelOfRowZeroAndAFrameSurroundsT
         CSSEMatrix m = FieldOf(4, 6, Tag);
         left ? m.ElongateLeft(3) : m.ElongateRight(3);
         ASSERT_EQ(m.GetSizeX(), 7);
-        const int shift = left ? 3 : 0;
-        ExpectLanes(m, [&](int x, int row) { return x - shift >= 0 && x - shift < 4 ? Tag(x - shift, row) : Tag(left ? 0 : 3, 0); });
+        ExpectLanes(m, [&, shift = left ? 3 : 0](int x, int row) { return x - shift >= 0 && x - shift < 4 ? Tag(x - shift, row) : Tag(left ? 0 : 3, 0); });
     }
     // Two rows down: every pixel changes lane; the old padding lanes (rows
     // 5 on) stay behind. Impossible frames and counts change nothing.
@@ -245,8 +217,7 @@ TEST(CSSEMatrixResizing, NewColumnsRepeatTheRimPixelOfRowZeroAndAFrameSurroundsT
     m.EmbedinValueFrame(-1, 1, 0.0f);
     m.EmbedinValueFrame(CSSEMatrix::kMaxSizeY, 0, 0.0f);
     m.ElongateRight(-2);
-    ASSERT_EQ(m.GetSizeX(), 5);
-    ASSERT_EQ(m.GetSizeY(), 9);
+    ASSERT_EQ(std::pair(m.GetSizeX(), m.GetSizeY()), std::pair(5, 9));
     ExpectLanes(m, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 6 ? Tag(x - 1, row - 2) : -1.0f; });
 }
 
