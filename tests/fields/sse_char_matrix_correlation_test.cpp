@@ -48,8 +48,7 @@ TEST(CSSEcharMatrixCorrelation, FindsTheShiftAtWhichTheTemplateWasCut)
     CSSEcharMatrix field(300, 40);
     FillRandomBytes(field, random);
     CSSEcharMatrix pattern(field, 77, 77 + 31);
-    int minScore = -1;
-    int ambiguity = -1;
+    int minScore = -1, ambiguity = -1;
     EXPECT_EQ(field.Correlate(pattern, minScore, kNoLimit), 77);
     EXPECT_EQ(minScore, 0);
     for (int k = 0; k < 40; ++k) pattern.SetPoint(k % 32, k, static_cast<char>(pattern.GetPoint(k % 32, k) / 2));
@@ -62,8 +61,7 @@ TEST(CSSEcharMatrixCorrelation, FindsTheShiftAtWhichTheTemplateWasCut)
 TEST(CSSEcharMatrixCorrelation, TemplatesThatCannotSlideGiveMinusOneAndLeaveTheScore)
 {
     CSSEcharMatrix field(20, 8);
-    int minScore = 12345;
-    int ambiguity = 678;
+    int minScore = 12345, ambiguity = 678;
     // As wide as the field or wider, another height, no columns, no image.
     for (const CSSEcharMatrix& t : {CSSEcharMatrix(20, 8), CSSEcharMatrix(25, 8), CSSEcharMatrix(5, 9), CSSEcharMatrix(0, 8), CSSEcharMatrix()}) {
         EXPECT_EQ(field.Correlate(t, minScore, kNoLimit), -1);
@@ -73,9 +71,7 @@ TEST(CSSEcharMatrixCorrelation, TemplatesThatCannotSlideGiveMinusOneAndLeaveTheS
     // The limited search needs a shift below min(SizeX - t.SizeX - 1, end).
     const CSSEcharMatrix pattern(5, 8);
     for (const auto& [start, end] : {std::pair{3, 3}, {14, 100}, {0, INT_MIN}}) EXPECT_EQ(field.CorrelateAmbiguityStartEnd(pattern, minScore, ambiguity, start, end, 0), -1);
-    EXPECT_EQ(minScore, 12345);
-    EXPECT_EQ(ambiguity, 678);
-    EXPECT_EQ(field.GetLastCorrelationError(), 0);
+    EXPECT_EQ(std::tuple(minScore, ambiguity, field.GetLastCorrelationError()), std::tuple(12345, 678, 0));
     // Shift 13 is the last that the limited search takes; a start below 0 counts as 0.
     EXPECT_EQ(field.CorrelateAmbiguityStartEnd(pattern, minScore, ambiguity, 13, 100, 0), 13);
     EXPECT_EQ(field.CorrelateAmbiguityStartEnd(pattern, minScore, ambiguity, -30, 100, 0), 0);
@@ -127,8 +123,7 @@ TEST(CSSEcharMatrixCorrelation, ScoresAreSaturatedByteDistancesOverEveryByte)
 
 TEST(CSSEcharMatrixCorrelation, AmbiguitySumsHowFarTheNextThreeValleysLieAboveTheBest)
 {
-    int minScore = 0;
-    int ambiguity = 0;
+    int minScore = 0, ambiguity = 0;
     // One narrow valley: each round finds nothing below the maximum.
     ScoreCurve single(80, 100, {{30, 10}});
     EXPECT_EQ(single.field.CorrelateAmbiguity(single.pattern, minScore, ambiguity, kNoLimit), 30);
@@ -149,8 +144,7 @@ TEST(CSSEcharMatrixCorrelation, AmbiguitySumsHowFarTheNextThreeValleysLieAboveTh
 
 TEST(CSSEcharMatrixCorrelation, LimitedAmbiguitySeeksFiveValleysOnTheSmoothedCurve)
 {
-    int minScore = 0;
-    int ambiguity = 0;
+    int minScore = 0, ambiguity = 0;
     // After the best valley is covered, 50 at 40 is smoothed twice by the
     // five-point mean: to 90 over 38 ... 42, then to 90 at 40 with 92, 94,
     // 96, 98 on either side. The next round covers it and the curve is flat.

@@ -142,8 +142,8 @@ TEST(FieldStatistics, CountsAndSumsTakeEveryLaneAndKeepTheirOrderOfAdditions)
     // 3 x 5: two lines, rows 5 to 7 are padding and count too.
     CSSEMatrix m = FieldOf(3, 5, [](int x, int row) { return x == 2 && row == 4 ? 3.0f : x == 0 && row == 7 ? -2.0f : 1.0f; });
     const CSSEMatrix q = Filled(3, 5, 2.0f);
-    EXPECT_EQ((std::vector<int>{m.NumValuesAbove(1.0f), m.NumValuesBelow(1.0f), m.NumValuesAbove(&q), m.NumValuesBelow(&q), m.NumValuesBelow(nullptr)}),
-              (std::vector<int>{1, 1, 1, 23, 0}));
+    EXPECT_EQ((std::vector<int>{m.NumValuesAbove(1.0f), m.NumValuesBelow(1.0f), m.NumValuesBelow(2.0f), m.NumValuesAbove(&q), m.NumValuesBelow(&q), m.NumValuesBelow(nullptr)}),
+              (std::vector<int>{1, 1, 23, 1, 23, 0}));
 
     // One vector of 1e8, -4, 4, 4. In single precision 1e8 + 4 rounds back
     // to 1e8 (ties to even, a step of 8), but 1e8 + 8 doesn't; at 3e8 the
@@ -153,6 +153,7 @@ TEST(FieldStatistics, CountsAndSumsTakeEveryLaneAndKeepTheirOrderOfAdditions)
     EXPECT_EQ(m.CalcAbsSum(), 100000000.0f);                          // ((l0 + l1) + l2) + l3
     EXPECT_EQ(m.IntegrateMatrix(), 100000000.0f);                     // (1e8 + 4) + (4 - 4)
     EXPECT_EQ(m.IntegrateMatrixAbsolute(2.0f, 1.5f), 300000032.0f); // (3e8 + 12) + (12 + 12)
+    EXPECT_EQ(m.IntegrateMatrixAbsolute(-1.0f, 1.0f), -100000008.0f); // the amounts are scaled, not the pixels
     // Lane sums run over the lines in order: 1e8 first, then 4 + 4 + 4 in
     // the next lines never grows it.
     m = FieldOf(2, 12, [](int x, int row) { return x == 0 && row % 4 == 0 ? (row == 0 ? 1e8f : 4.0f) : 0.0f; });
@@ -187,8 +188,8 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     // 7 x 12 is searched in column 3 of rows 4 to 11.
     m = WithPoints(7, 12, 0.0019f, {{3, 5, -0.0019f}});
     EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{kMaxSentinel, kMinSentinel}));
-    m = WithPoints(7, 12, 0.0019f, {{3, 6, 0.004f}, {3, 7, -0.0021f}});
-    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{0.004f, -0.0021f}));
+    m = WithPoints(7, 12, 0.0019f, {{3, 6, 0.004f}, {3, 7, -0.00201f}});
+    EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{0.004f, -0.00201f}));
 
     // 20 x 24: six lines. The patch (2 .. 15, 5 .. 21) searches lines
     // (5 >> 2) + 1 = 2 to (21 >> 2) - 1 = 4 and vectors 5 to 12, the ends
@@ -219,6 +220,7 @@ TEST(FieldBoundingBox, ScansForTheMinimaStartAtOneAndTheMaximaStopBeforeZero)
     };
     // Pixel (0, 0) is seen by no scan. Below: value > p; the padding lanes,
     // set to 0, are no pixels.
+    EXPECT_EQ(box(Filled(8, 6, 0.0f), 0.5f, true), (std::vector<int>{7, 5, 0, 0}));
     EXPECT_EQ(box(WithPoints(8, 6, 0.0f, {{0, 0, 1.0f}}), 0.5f, true), (std::vector<int>{7, 5, 0, 0}));
     EXPECT_EQ(box(WithPoints(8, 6, 0.0f, {{0, 0, 1.0f}, {7, 2, 1.0f}, {3, 4, 1.0f}}), 0.5f, true), (std::vector<int>{3, 2, 7, 4}));
     EXPECT_EQ(box(FieldOf(8, 6, [](int x, int row) { return row >= 6 ? 0.0f : x == 2 && row == 3 ? 1.0f : 5.0f; }), 2.0f, false), (std::vector<int>{2, 3, 2, 3}));

@@ -15,8 +15,7 @@ TEST(CSSEMatrixStorage, LinesBlocksAndPaddingFollowTheRowCount)
     // 32 lines fit one block, the 33rd opens a second; the largest field.
     for (const auto& [sizeX, sizeY, lines, blocks] : {std::tuple{5, 0, 1, 1}, {5, 4, 2, 1}, {10, 124, 32, 1}, {10, 128, 33, 2}, {1, CSSEMatrix::kMaxSizeY, 8000, 250}}) {
         const CSSEMatrix m = Filled(sizeX, sizeY, 2.5f); // every lane lies inside a block (AddressSanitizer checks)
-        ASSERT_EQ(m.GetSSESizeY(), lines) << sizeY;
-        ASSERT_EQ(m.GetFields(), blocks) << sizeY;
+        ASSERT_EQ(std::pair(m.GetSSESizeY(), m.GetFields()), std::pair(lines, blocks)) << sizeY;
         for (int i = 0; i < lines; ++i) ASSERT_EQ(m.GetMatrixDataDirectly()[i], m.GetField(i / 32) + (i % 32) * sizeX) << sizeY << ", line " << i;
     }
 }
@@ -41,9 +40,7 @@ TEST(CSSEMatrixStorage, CreateRefusesAssignmentSharesAndMoveHandsTheImageOver)
     target = std::move(m);
     EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
     m = CSSEMatrix(std::move(target));
-    EXPECT_EQ(m.GetPoint(1, 129), 9.0f);
-    EXPECT_EQ(m.GetRowProcessed(), 6);
-    EXPECT_EQ(m.GetFromToArray().GetNumEntries(), 33);
+    EXPECT_EQ(std::tuple(m.GetPoint(1, 129), m.GetRowProcessed(), m.GetFromToArray().GetNumEntries()), std::tuple(9.0f, 6, 33));
     // Releasing keeps the sizes of the image no longer held.
     m.FreeImageMemoryOnly();
     m.Fill(1.0f);
@@ -115,10 +112,8 @@ TEST(CSSEMatrixPixels, PreciseReadInterpolatesAndClampsItsCornerToOneInside)
     // to 1 ... Size - 2: row and column 0 are never read, the last ones only
     // as the far corner.
     const CSSEMatrix m = FieldOf(6, 5, [](int x, int y) { return 10.0f * x + 100.0f * y; });
-    EXPECT_EQ(m.GetPixelPreciseFloat(2.5f, 3.25f, true), 25.0f + 325.0f);
-    EXPECT_EQ(m.GetPixelPreciseFloat(-3.7f, 0.25f), 10.0f + 100.0f);
-    EXPECT_EQ(m.GetPixelPreciseFloat(4.75f, 2.0f), 47.5f + 200.0f);
-    EXPECT_EQ(m.GetPixelPreciseFloat(1e30f, -1e30f), 50.0f + 100.0f);
+    EXPECT_EQ((std::vector<float>{m.GetPixelPreciseFloat(2.5f, 3.25f, true), m.GetPixelPreciseFloat(-3.7f, 0.25f), m.GetPixelPreciseFloat(4.75f, 4.5f), m.GetPixelPreciseFloat(1e30f, -1e30f)}),
+              (std::vector<float>{25 + 325, 10 + 100, 47.5f + 400, 50 + 100}));
     EXPECT_TRUE(std::isfinite(m.GetPixelPreciseFloat(std::numeric_limits<float>::quiet_NaN(), 2.0f)));
     // The terms are added as corner, below, right, diagonal: with weights of
     // 1/4, 2.5e7 + 0.25 rounds back to 2.5e7, so this order gives 0.25 where
@@ -209,9 +204,7 @@ TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
     // Six lines with the pairs (i + 1, 10 + i). With h = 1, GetFromToCoords
     // takes y as a pair index (clamped) and IsPositionInArray as a row (5 is
     // in line 1, (2, 11)); a row outside the field lies in no span.
-    m = Filled(20, 24, 0.0f);
-    for (int i = 0; i < 6; ++i)
-        for (int x = i + 1; x <= 9 + i; ++x) m.SetPoint(x, 4 * i, 1.0f);
+    m = FieldOf(20, 24, [](int x, int row) { return row % 4 == 0 && row < 24 && x > row / 4 && x <= 9 + row / 4 ? 1.0f : 0.0f; });
     spans.CalcArray(m, 0, 19);
     EXPECT_EQ(coords(spans, 100, 1), Span(6, 15));
     EXPECT_EQ(coords(spans, -4, 1), Span(1, 10));
