@@ -125,17 +125,17 @@ TEST(CSSEMatrixPixels, PreciseReadInterpolatesAndClampsItsCornerToOneInside)
 TEST(CSSEMatrixCopy, DeepCopyTakesEveryLaneOfEveryBlockAndNothingElse)
 {
     // One block (a single transfer) and several (line by line), into fields
-    // of no, another and the same size; an empty source, and the field
-    // itself, change nothing.
+    // of no, another width, another height and the same size; an empty
+    // source, and the field itself, change nothing.
     for (const auto& [sizeX, sizeY] : {std::pair{7, 3}, {10, 124}, {10, 128}, {3, 300}}) {
-        for (const int targetX : {0, 5, sizeX}) {
+        for (const auto& [targetX, targetY] : {std::pair{0, 40}, {5, 40}, {sizeX, 40}, {sizeX, sizeY}}) {
             const CSSEMatrix src = FieldOf(sizeX, sizeY, Tag);
-            CSSEMatrix dst = Filled(targetX, targetX == sizeX ? sizeY : 40, -4.0f);
+            CSSEMatrix dst = Filled(targetX, targetY, -4.0f);
             dst.SetRowProcessed(9);
             dst.CopyFromSSEMatrix(src);
             dst.CopyFromSSEMatrix(CSSEMatrix());
             dst.CopyFromSSEMatrix(dst);
-            EXPECT_EQ(AllStored(dst), AllStored(src)) << sizeX << " x " << sizeY << " into width " << targetX;
+            EXPECT_EQ(AllStored(dst), AllStored(src)) << sizeX << " x " << sizeY << " into " << targetX << " x " << targetY;
             EXPECT_EQ(std::pair(dst.GetSizeY(), dst.GetRowProcessed()), std::pair(sizeY, 9));
         }
     }
@@ -200,6 +200,8 @@ TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
     EXPECT_EQ(found, (std::vector<Span>{{4, 8}, {6, 7}, {10, 999999}, {2, 3}}));
     spans.CalcArray(m, 5, 40); // columns outside left ... right, clamped, are not looked at
     EXPECT_EQ(coords(spans, 0, 1), Span(8, 999999));
+    spans.CalcArray(m, 0, 6); // the change at the right end is left to the backward scan
+    EXPECT_EQ(coords(spans, 1, 1), Span(0, 6));
 
     // Six lines with the pairs (i + 1, 10 + i). With h = 1, GetFromToCoords
     // takes y as a pair index (clamped) and IsPositionInArray as a row (5 is
