@@ -81,14 +81,13 @@ TEST(CSSEcharMatrixCorrelation, TiesGoToTheLowerShiftAndTheLimitOnlyWithholdsThe
 {
     ScoreCurve c(30, 90, {{20, 40}, {9, 12}, {4, 12}, {25, 12}});
     int minScore = 0;
-    EXPECT_EQ(c.field.Correlate(c.pattern, minScore, 13), 4);
-    EXPECT_EQ(minScore, 12);
     // At or under the limit nothing is returned, yet the minimum is reported.
     for (int limit : {0, 12}) {
         minScore = -5;
         EXPECT_EQ(c.field.Correlate(c.pattern, minScore, limit), -1) << limit;
         EXPECT_EQ(std::pair(minScore, c.field.GetLastCorrelationError()), std::pair(12, 12));
     }
+    EXPECT_EQ(c.field.Correlate(c.pattern, minScore, 13), 4);
 }
 
 TEST(CSSEcharMatrixCorrelation, ScoresAreSaturatedByteDistancesOverEveryByte)
@@ -129,29 +128,32 @@ TEST(CSSEcharMatrixCorrelation, AmbiguitySumsHowFarTheNextThreeValleysLieAboveTh
     EXPECT_EQ(single.field.CorrelateAmbiguity(single.pattern, minScore, ambiguity, kNoLimit), 30);
     EXPECT_EQ(ambiguity, 3 * (100 - 10));
     // Valleys within 19 shifts of the one found last are covered: 10 at 49
-    // lies beside the best; 40 at 60, then 70 at 90, then nothing.
-    ScoreCurve three(120, 100, {{30, 5}, {49, 10}, {60, 40}, {90, 70}});
+    // lies beside the best, 40 at 50 does not; then 70 at 90, then nothing.
+    ScoreCurve three(120, 100, {{30, 5}, {49, 10}, {50, 40}, {90, 70}});
     EXPECT_EQ(three.field.CorrelateAmbiguity(three.pattern, minScore, ambiguity, kNoLimit), 30);
     EXPECT_EQ(ambiguity, (40 - 5) + (70 - 5) + (100 - 5));
     // Without a result below the limit the first round covers the lowest
-    // shifts (around -1) instead: 20 at 10 goes, the best itself is found
-    // again (adding 0), then 60 at 90, then nothing.
-    ScoreCurve missed(120, 100, {{10, 20}, {50, 5}, {90, 60}});
+    // shifts (around -1, up to 18) instead: 20 at 10 goes, the best itself
+    // is found again (adding 0), then 30 at 19, then 60 at 90.
+    ScoreCurve missed(120, 100, {{10, 20}, {19, 30}, {50, 5}, {90, 60}});
     EXPECT_EQ(missed.field.CorrelateAmbiguity(missed.pattern, minScore, ambiguity, 5), -1);
-    EXPECT_EQ(minScore, 5);
-    EXPECT_EQ(ambiguity, 0 + (60 - 5) + (100 - 5));
+    EXPECT_EQ(std::pair(minScore, ambiguity), std::pair(5, 0 + (30 - 5) + (60 - 5)));
 }
 
 TEST(CSSEcharMatrixCorrelation, LimitedAmbiguitySeeksFiveValleysOnTheSmoothedCurve)
 {
     int minScore = 0, ambiguity = 0;
-    // After the best valley is covered, 50 at 40 is smoothed twice by the
-    // five-point mean: to 90 over 38 ... 42, then to 90 at 40 with 92, 94,
-    // 96, 98 on either side. The next round covers it and the curve is flat.
-    ScoreCurve two(70, 100, {{10, 0}, {40, 50}}, 2);
+    // The best valley is covered 7 shifts wide, 20 at 17 with it. Then 50 at
+    // 40 is smoothed twice by the five-point mean: to 90 over 38 ... 42, then
+    // to 90 at 40 with 92, 94, 96, 98 on either side. The next round covers
+    // it and the curve is flat.
+    ScoreCurve two(70, 100, {{10, 0}, {17, 20}, {40, 50}}, 2);
     EXPECT_EQ(two.field.CorrelateAmbiguityStartEnd(two.pattern, minScore, ambiguity, 0, 1000, 99), 10);
-    EXPECT_EQ(minScore, 0);
-    EXPECT_EQ(ambiguity, 90 + 4 * 100);
+    EXPECT_EQ(std::pair(minScore, ambiguity), std::pair(0, 90 + 4 * 100));
+    // 0 at 18, one shift beyond the cover, is smoothed twice to 80.
+    ScoreCurve beside(70, 100, {{10, 0}, {18, 0}}, 2);
+    EXPECT_EQ(beside.field.CorrelateAmbiguityStartEnd(beside.pattern, minScore, ambiguity, 0, 1000, 0), 10);
+    EXPECT_EQ(ambiguity, 80 + 4 * 100);
     // The same from a later start: indices are counted from the start.
     EXPECT_EQ(two.field.CorrelateAmbiguityStartEnd(two.pattern, minScore, ambiguity, 5, 1000, 0), 10);
     EXPECT_EQ(ambiguity, 90 + 4 * 100);
@@ -161,8 +163,8 @@ TEST(CSSEcharMatrixCorrelation, LimitedAmbiguitySeeksFiveValleysOnTheSmoothedCur
     ScoreCurve atEnd(30, 100, {{5, 0}, {29, 50}}, 2);
     EXPECT_EQ(atEnd.field.CorrelateAmbiguityStartEnd(atEnd.pattern, minScore, ambiguity, 0, 30, 0), 5);
     EXPECT_EQ(ambiguity, 94 + 4 * 100);
-    // A curve shorter than one window is not smoothed: 4 shifts, the best at
-    // 2 covers them all, and each round adds the maximum.
+    // A curve shorter than one smoothing window, 4 shifts, is covered whole
+    // by the best at 2: each round adds the maximum.
     ScoreCurve shortCurve(4, 40, {{0, 30}, {1, 20}, {2, 3}}, 2);
     EXPECT_EQ(shortCurve.field.CorrelateAmbiguityStartEnd(shortCurve.pattern, minScore, ambiguity, 0, 4, 0), 2);
     EXPECT_EQ(ambiguity, 5 * (40 - 3));
