@@ -121,10 +121,15 @@ TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
         m.CombineYDir(a, b, &c);
         EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, sizeY, [&, h = filled](int x, int y) { return y < h ? rows(y) + x : 0; })));
     }
-    // Without c; a may be this field.
+    // Without c; a may be this field; an a that has released its image
+    // leaves the result empty.
     CSSEcharMatrix m(a);
     m.CombineYDir(m, Numbered(3, 7, 60), nullptr);
     EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 12, [](int x, int y) { return y < 5 ? 10 * y + x : y < 12 ? 60 + 10 * (y - 5) + x : 0; })));
+    CSSEcharMatrix released(a);
+    released.Free();
+    m.CombineYDir(released, b, nullptr);
+    EXPECT_EQ(AllStored(m), AllStored(CSSEcharMatrix(4, 9)));
 
     // The fast form stacks whole lines over the larger width: the padding
     // bytes of a stay between the two, missing columns stay 0.
