@@ -65,10 +65,10 @@ TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictl
     EXPECT_EQ(AllStored(part), AllStored(src)); // padding included
     // Columns as whole vectors, the padding bytes along, both ends clamped;
     // reversed ends give no columns; a field may be narrowed to itself.
-    part.CopyFromOtherMatrixLimitedX(src, 7, 50);
-    EXPECT_EQ(AllStored(part), AllStored(BytesOf(2, 21, [](int x, int row) { return ByteTag(x + 7, row); })));
-    part.CopyFromOtherMatrixLimitedX(src, 6, 2);
-    EXPECT_EQ(part.GetSizeX(), 0);
+    for (const auto& [x0, x1, first, width] : {std::tuple{7, 50, 7, 2}, {20, 30, 8, 1}, {6, 2, 0, 0}}) {
+        part.CopyFromOtherMatrixLimitedX(src, x0, x1);
+        EXPECT_EQ(AllStored(part), AllStored(BytesOf(width, 21, [f = first](int x, int row) { return ByteTag(x + f, row); }))) << x0 << " ... " << x1;
+    }
     src.CopyFromOtherMatrixLimitedX(src, -4, 0);
     EXPECT_EQ(AllStored(src), AllStored(BytesOf(1, 21, ByteTag)));
 
