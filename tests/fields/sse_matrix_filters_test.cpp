@@ -207,7 +207,7 @@ TEST(FieldThinning, LinesAndTwoNeighbourCornersStayAndThickBarsShrinkToTheirMidd
     // row. The first sub-iteration takes pixels off the south and east rims,
     // the second off the north and west ones: the runs end unevenly.
     for (const auto& [half, middle] : {std::pair{1, "..111111111...."}, {2, "...1111111....."}}) {
-        m = FieldOf(15, 9, [&](int x, int y) { return x >= 2 && x <= 12 && std::abs(y - 4) <= half ? 1.0f : 0.0f; });
+        m = FieldOf(15, 9, [h = half](int x, int y) { return x >= 2 && x <= 12 && std::abs(y - 4) <= h ? 1.0f : 0.0f; });
         m.ZhangSuen(0.5f);
         Picture expected(9, std::string(15, '.'));
         expected[4] = middle;
