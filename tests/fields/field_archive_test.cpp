@@ -110,7 +110,7 @@ TEST(CSSEMatrixArchive, StoreAndLoadReportOnlyFilesThatCannotBeOpened)
 TEST(CSSEcharMatrixArchive, SizesThenPixelsRowByRowWithoutPadding)
 {
     const int pixels[2][3] = {{1, 2, -3}, {4, 127, -128}};
-    CSSEcharMatrix m = BytesOf(3, 2, [&](int x, int row) { return row < 2 ? pixels[row][x] : 55; }); // padding is not stored
+    CSSEcharMatrix m = ByteField(3, 2, [&](int x, int row) { return row < 2 ? pixels[row][x] : 55; }); // padding is not stored
     const std::vector<BYTE> expected{3, 0, 0, 0, 2, 0, 0, 0, 1, 2, 0xFD, 4, 0x7F, 0x80};
     EXPECT_EQ(SerializeToBytes(m), expected);
     // Loading the hand-built bytes gives the pixels, with clean padding.
@@ -124,7 +124,7 @@ TEST(CSSEcharMatrixArchive, SizesThenPixelsRowByRowWithoutPadding)
 
     // Round trips, over more than one block of lines too.
     for (const auto& [sizeX, sizeY] : {std::pair{5, 0}, {0, 7}, {33, 600}}) {
-        CSSEcharMatrix field = BytesOf(sizeX, sizeY, [h = sizeY](int x, int row) { return row < h ? ByteTag(x, row) : 0; });
+        CSSEcharMatrix field = ByteField(sizeX, sizeY, [h = sizeY](int x, int row) { return row < h ? ByteTag(x, row) : 0; });
         const std::vector<BYTE> bytes = SerializeToBytes(field);
         ASSERT_EQ(bytes.size(), 8u + static_cast<std::size_t>(sizeX * sizeY));
         CSSEcharMatrix back;

@@ -74,7 +74,7 @@ Field FieldOf(int sizeX, int sizeY, Value value)
     return m;
 }
 template <class Value>
-CSSEcharMatrix BytesOf(int sizeX, int sizeY, Value value)
+CSSEcharMatrix ByteField(int sizeX, int sizeY, Value value)
 {
     return FieldOf<CSSEcharMatrix>(sizeX, sizeY, value);
 }

@@ -11,7 +11,7 @@ using namespace vek::test;
 // A field whose pixel (x, y) is base + 10 y + x, padding 0.
 CSSEcharMatrix Numbered(int sizeX, int sizeY, int base)
 {
-    return BytesOf(sizeX, sizeY, [&](int x, int y) { return y < sizeY ? base + 10 * y + x : 0; });
+    return ByteField(sizeX, sizeY, [&](int x, int y) { return y < sizeY ? base + 10 * y + x : 0; });
 }
 
 TEST(CSSEcharMatrixStorage, SixteenRowsToALineInBlocksOf32Lines)
@@ -59,7 +59,7 @@ TEST(CSSEcharMatrixStorage, PixelsAreClampedAndTheImageIsCopiedDeeplySharedOrMov
 
 TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictlyBeyond)
 {
-    CSSEcharMatrix src = BytesOf(9, 21, ByteTag);
+    CSSEcharMatrix src = ByteField(9, 21, ByteTag);
     CSSEcharMatrix part(2, 2);
     part.CopyFromOtherMatrix(src);
     EXPECT_EQ(AllStored(part), AllStored(src)); // padding included
@@ -67,10 +67,10 @@ TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictl
     // reversed ends give no columns; a field may be narrowed to itself.
     for (const auto& [x0, x1, first, width] : {std::tuple{7, 50, 7, 2}, {20, 30, 8, 1}, {6, 2, 0, 0}}) {
         part.CopyFromOtherMatrixLimitedX(src, x0, x1);
-        EXPECT_EQ(AllStored(part), AllStored(BytesOf(width, 21, [f = first](int x, int row) { return ByteTag(x + f, row); }))) << x0 << " ... " << x1;
+        EXPECT_EQ(AllStored(part), AllStored(ByteField(width, 21, [f = first](int x, int row) { return ByteTag(x + f, row); }))) << x0 << " ... " << x1;
     }
     src.CopyFromOtherMatrixLimitedX(src, -4, 0);
-    EXPECT_EQ(AllStored(src), AllStored(BytesOf(1, 21, ByteTag)));
+    EXPECT_EQ(AllStored(src), AllStored(ByteField(1, 21, ByteTag)));
 
     // 3 x 37: ten float lines, three byte lines of which 11 bytes are
     // padding, which stays 0 whatever the float padding holds. The threshold
@@ -83,30 +83,30 @@ TEST(CSSEcharMatrixConvert, CopiesTakeWholeVectorsAndThresholdsMarkPixelsStrictl
     CSSEcharMatrix below;
     below.CopyAndTresholdBelow(floats, 2.0f, 5);
     const auto image = [](int x, int row) { return row < 37 && !(x == 1 && row == 36); };
-    EXPECT_EQ(AllStored(above), AllStored(BytesOf(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) > 2.0f ? -7 : 0; })));
-    EXPECT_EQ(AllStored(below), AllStored(BytesOf(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) < 2.0f ? 5 : 0; })));
+    EXPECT_EQ(AllStored(above), AllStored(ByteField(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) > 2.0f ? -7 : 0; })));
+    EXPECT_EQ(AllStored(below), AllStored(ByteField(3, 37, [&](int x, int row) { return image(x, row) && height(x, row) < 2.0f ? 5 : 0; })));
 }
 
 TEST(CSSEcharMatrixCombine, SubtractionWrapsAndNewColumnsOrAFrameSurroundTheImage)
 {
     // Byte by byte, wrapping (-128 - 1 is 127), over the common width and lines.
     const auto minuend = [](int x, int row) { return x == 0 && row == 0 ? -128 : 100 + x + row % 20; };
-    CSSEcharMatrix a = BytesOf(5, 40, minuend);
-    const CSSEcharMatrix b = BytesOf(3, 10, [](int x, int row) { return x == 0 && row == 0 ? 1 : -50 + row; });
+    CSSEcharMatrix a = ByteField(5, 40, minuend);
+    const CSSEcharMatrix b = ByteField(3, 10, [](int x, int row) { return x == 0 && row == 0 ? 1 : -50 + row; });
     a.SubMatrix(b);
-    EXPECT_EQ(AllStored(a), AllStored(BytesOf(5, 40, [&](int x, int row) { return x < 3 && row < 16 ? static_cast<signed char>(minuend(x, row) - Stored(b, x, row)) : minuend(x, row); })));
+    EXPECT_EQ(AllStored(a), AllStored(ByteField(5, 40, [&](int x, int row) { return x < 3 && row < 16 ? static_cast<signed char>(minuend(x, row) - Stored(b, x, row)) : minuend(x, row); })));
 
     // Every byte of new columns, padding included, is pixel (0, 0) on the
     // left and the last pixel of row 0 on the right.
-    CSSEcharMatrix m = BytesOf(3, 18, ByteTag);
+    CSSEcharMatrix m = ByteField(3, 18, ByteTag);
     m.ElongateLeft(2);
     m.ElongateRight(3);
     m.ElongateRight(-4);
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(8, 18, [](int x, int row) { return x < 2 ? ByteTag(0, 0) : x < 5 ? ByteTag(x - 2, row) : ByteTag(2, 0); })));
+    EXPECT_EQ(AllStored(m), AllStored(ByteField(8, 18, [](int x, int row) { return x < 2 ? ByteTag(0, 0) : x < 5 ? ByteTag(x - 2, row) : ByteTag(2, 0); })));
     m = Numbered(3, 4, 0);
     m.EmbedinValueFrame(2, 1, 9);
     m.EmbedinValueFrame(-1, 2, 9);
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(5, 8, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 5 ? 10 * (row - 2) + x - 1 : 9; })));
+    EXPECT_EQ(AllStored(m), AllStored(ByteField(5, 8, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 5 ? 10 * (row - 2) + x - 1 : 9; })));
 }
 
 TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
@@ -119,13 +119,13 @@ TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
     for (const auto& [c, sizeY, filled] : {std::tuple{Numbered(6, 10, -120), 19, 13}, {Numbered(4, 2, -120), 11, 11}}) {
         CSSEcharMatrix m;
         m.CombineYDir(a, b, &c);
-        EXPECT_EQ(AllStored(m), AllStored(BytesOf(4, sizeY, [&, h = filled](int x, int y) { return y < h ? rows(y) + x : 0; })));
+        EXPECT_EQ(AllStored(m), AllStored(ByteField(4, sizeY, [&, h = filled](int x, int y) { return y < h ? rows(y) + x : 0; })));
     }
     // Without c; a may be this field; an a that has released its image
     // leaves the result empty.
     CSSEcharMatrix m(a);
     m.CombineYDir(m, Numbered(3, 7, 60), nullptr);
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 12, [](int x, int y) { return y < 5 ? 10 * y + x : y < 12 ? 60 + 10 * (y - 5) + x : 0; })));
+    EXPECT_EQ(AllStored(m), AllStored(ByteField(3, 12, [](int x, int y) { return y < 5 ? 10 * y + x : y < 12 ? 60 + 10 * (y - 5) + x : 0; })));
     CSSEcharMatrix released(a);
     released.Free();
     m.CombineYDir(released, b, nullptr);
@@ -133,14 +133,14 @@ TEST(CSSEcharMatrixCombine, StackingInYTakesAsManyRowsOfCAsBHasOrWholeLines)
 
     // The fast form stacks whole lines over the larger width: the padding
     // bytes of a stay between the two, missing columns stay 0.
-    const CSSEcharMatrix tall = BytesOf(3, 20, ByteTag); // two lines, 12 padding bytes
-    m.CombineYDirFast(tall, BytesOf(2, 5, [](int x, int row) { return -ByteTag(x, row); }));
-    EXPECT_EQ(AllStored(m), AllStored(BytesOf(3, 48, [](int x, int row) { return row < 32 ? ByteTag(x, row) : row < 48 && x < 2 ? -ByteTag(x, row - 32) : 0; })));
+    const CSSEcharMatrix tall = ByteField(3, 20, ByteTag); // two lines, 12 padding bytes
+    m.CombineYDirFast(tall, ByteField(2, 5, [](int x, int row) { return -ByteTag(x, row); }));
+    EXPECT_EQ(AllStored(m), AllStored(ByteField(3, 48, [](int x, int row) { return row < 32 ? ByteTag(x, row) : row < 48 && x < 2 ? -ByteTag(x, row - 32) : 0; })));
 }
 
 TEST(CSSEcharMatrixCombine, InterpolationReadsTheBilinearMeanTruncatedTowardZero)
 {
-    CSSEcharMatrix m = BytesOf(2, 2, [](int x, int y) { return y == 0 ? (x == 0 ? 8 : 100) : (x == 0 ? -101 : 20); });
+    CSSEcharMatrix m = ByteField(2, 2, [](int x, int y) { return y == 0 ? (x == 0 ? 8 : 100) : (x == 0 ? -101 : 20); });
     m.InterpolateUp(4, 4); // steps of one half
     m.InterpolateUp(0, 5);
     // (8 + 100) / 2; -46.5; 27 / 4; the far neighbours clamp to the rim.
@@ -151,7 +151,7 @@ TEST(CSSEcharMatrixCombine, InterpolationReadsTheBilinearMeanTruncatedTowardZero
 
 TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAreCounted)
 {
-    const CSSEcharMatrix m = BytesOf(4, 20, [](int x, int row) { return x == 3 ? (row == 0 ? -33 : 0) : 30 * x + row; }); // two lines, divisor 32
+    const CSSEcharMatrix m = ByteField(4, 20, [](int x, int row) { return x == 3 ? (row == 0 ? -33 : 0) : 30 * x + row; }); // two lines, divisor 32
     for (const int offset : {0, 40, -300}) {
         for (const int maxRow : {2000000000, 31, 16, 15, -1}) {
             const t_intvector profile = m.GetIntegralVectorFromMatrix(offset, maxRow);
@@ -170,7 +170,7 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
     // profile from -128 to 87 that is -85, so a hump of -75 stands 10 above
     // it. A staircase rises twice without a fall; the margins hold no hump.
     const auto syllables = [](int length, std::initializer_list<std::tuple<int, int, int>> humps, int ground) {
-        return BytesOf(length, 15, [&](int x, int) {
+        return ByteField(length, 15, [&](int x, int) {
                    for (const auto& [from, to, top] : humps)
                        if (x >= from && x <= to) return top;
                    return ground;
@@ -191,7 +191,7 @@ TEST(CSSEcharMatrixTime, DifferencesAndSpreadAlongXEqualAPlainByteWiseComputatio
     // of -128, -9, 120, 11, 127 (mean 24) sqrt(5 x 152^2) - 63 clamps at 63;
     // the two outer columns on each side are 0.
     const int rows[2][7] = {{10, 0, 0, 0, 0, 0, 0}, {-128, -9, 120, 11, 127, -5, 127}};
-    CSSEcharMatrix pd = BytesOf(7, 2, [&](int x, int y) { return rows[std::min(y, 1)][x]; });
+    CSSEcharMatrix pd = ByteField(7, 2, [&](int x, int y) { return rows[std::min(y, 1)][x]; });
     CSSEcharMatrix spread;
     spread.CalcTimeVariance(pd);
     pd.CalcPDResult();
