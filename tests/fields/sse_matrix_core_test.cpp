@@ -38,13 +38,13 @@ TEST(CSSEMatrixStorage, CreateRefusesAssignmentSharesAndMoveHandsTheImageOver)
     m.GetFromToArray().CalcArray(m, 0, 6);
     CSSEMatrix target = Filled(3, 3, 1.0f);
     target = std::move(m);
-    EXPECT_EQ(m.GetMatrixDataDirectly(), nullptr);
-    m = CSSEMatrix(std::move(target));
-    EXPECT_EQ(std::tuple(m.GetPoint(1, 129), m.GetRowProcessed(), m.GetFromToArray().GetNumEntries()), std::tuple(9.0f, 6, 33));
+    EXPECT_EQ(std::pair(m.GetMatrixDataDirectly() == nullptr, m.GetFromToArray().GetNumEntries()), std::pair(true, 0));
+    CSSEMatrix moved(std::move(target));
+    EXPECT_EQ(std::tuple(moved.GetPoint(1, 129), moved.GetRowProcessed(), moved.GetFromToArray().GetNumEntries()), std::tuple(9.0f, 6, 33));
     // Releasing keeps the sizes of the image no longer held.
-    m.FreeImageMemoryOnly();
-    m.Fill(1.0f);
-    EXPECT_EQ(m.GetSSESizeY(), 33);
+    moved.FreeImageMemoryOnly();
+    moved.Fill(1.0f);
+    EXPECT_EQ(moved.GetSSESizeY(), 33);
 }
 
 TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootprintMovesInward)
