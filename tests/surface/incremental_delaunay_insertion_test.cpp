@@ -53,6 +53,16 @@ TEST(IncrementalInsertion, OnePointIntoTheSquareOfTwoTriangles)
         EXPECT_TRUE(d.GetAffectedTriangleList().IsEmpty());
     }
 
+    // Triangles joined from outside follow the old ones, in the order their
+    // border sides were met (side 0, then 1 of the first triangle), each
+    // turned as the side it leans on; later passes walk the list this way.
+    ZrCIncrementalDelaunay2D joined(10);
+    SquareOfTwo(joined);
+    joined.InsertVertexIntoTriangulation(20, -20, true);
+    std::vector<std::vector<int>> order;
+    for (const t_hdelaunaytriangle* t : Triangles(joined.GetFinalList())) order.push_back(vek::test::CornersOf(t));
+    EXPECT_EQ(order, (std::vector<std::vector<int>>{{0, 1, 2}, {2, 3, 0}, {1, 0, 4}, {4, 2, 1}}));
+
     // Without joining from outside, a point beyond the border is taken back,
     // whether or not it lies in a triangle's circle; one inside goes in.
     ZrCIncrementalDelaunay2D d(10);
