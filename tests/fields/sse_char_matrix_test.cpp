@@ -182,6 +182,13 @@ TEST(CSSEcharMatrixTime, ColumnProfileSumsRaisedBytesOverTheLinesTakenAndHumpsAr
     EXPECT_EQ(syllables(40, {}, 90), 0);
     EXPECT_EQ(syllables(8, {{3, 4, 120}}, 40), 0);
     EXPECT_EQ(syllables(30, {{0, 2, 120}}, 40), 0);
+    // Worked through the steps with a plain model, each turning on one bound:
+    // a hump in the last columns stays uncounted, both for the count ending
+    // four columns before the end and for the curve being raised only from
+    // 3 on; a fall needs s / 3 below -1, so these gentle dips leave one hump.
+    EXPECT_EQ(syllables(20, {{18, 19, 85}}, -40), 0);
+    EXPECT_EQ(syllables(20, {{17, 19, 50}}, -50), 0);
+    EXPECT_EQ(syllables(30, {{2, 8, -20}, {12, 14, 20}}, 50), 1);
 }
 
 TEST(CSSEcharMatrixTime, DifferencesAndSpreadAlongXEqualAPlainByteWiseComputation)
