@@ -1,0 +1,114 @@
+// Point sets from arbitrary bytes through the triangulations and hulls.
+// Byte 0 picks the algorithm, byte 1 the coordinate form and a flag; the rest
+// are the points. The forms: a half-cell lattice of 32 x 32 (duplicates,
+// collinear and cocircular runs), coordinates spread over +-10000 cells, and
+// raw float bits (NaN, infinities, denormals).
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "vekdll/vekdll.h"
+
+namespace {
+
+struct ProcessExit {};
+
+enum class Form { Lattice, Wide, RawBits };
+
+int BytesPerCoordinate(Form form)
+{
+    return form == Form::Lattice ? 1 : 4;
+}
+
+float Coordinate(const std::uint8_t* at, Form form)
+{
+    if (form == Form::Lattice) return static_cast<float>(at[0] % 32) * 0.5f;
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, at, sizeof bits);
+    if (form == Form::Wide) return static_cast<float>(static_cast<double>(bits) / 4294967296.0 * 20000.0 - 10000.0);
+    float value = 0.0f;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+SSEPoint Point(float x, float y, float z)
+{
+    SSEPoint p;
+    p.x = x;
+    p.y = y;
+    p.z = z;
+    p.w = 0.0f;
+    return p;
+}
+
+void Delaunay(const std::vector<SSEPoint>& points, bool addCorners)
+{
+    const int n = static_cast<int>(points.size());
+    ZrCIncrementalDelaunay2D surface(n + 8);
+    for (const SSEPoint& p : points) surface.AppendVertex(p);
+    surface.Triangulate(surface.GetNumVertices(), false, addCorners);
+    surface.FinalizeTriangleList();
+    if (n > 0) surface.InsertVertexIntoTriangulation(points[0].x + 0.25f, points[n - 1].y, true);
+}
+
+CSSE3dPolygon Polygon(const std::vector<SSEPoint>& points)
+{
+    CSSE3dPolygon polygon;
+    polygon.Create(static_cast<int>(points.size()));
+    for (int i = 0; i < static_cast<int>(points.size()); ++i) polygon.SetPoint(i, points[i].x, points[i].y, points[i].z);
+    return polygon;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    // Coplanar input ends the process by contract; here it ends the run.
+    vek::SetExitHandler([](int) { throw ProcessExit{}; });
+    vek::SetMessageHandler([](const std::string&) {});
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size < 2) return 0;
+    const int algorithm = data[0] % 5;
+    const Form form = static_cast<Form>((data[1] & 0x7F) % 3);
+    const bool flag = (data[1] & 0x80) != 0;
+    data += 2;
+    size -= 2;
+    const std::size_t stride = static_cast<std::size_t>(3 * BytesPerCoordinate(form));
+    std::vector<SSEPoint> points;
+    for (std::size_t at = 0; at + stride <= size && points.size() < 40; at += stride) {
+        const int step = BytesPerCoordinate(form);
+        points.push_back(Point(Coordinate(data + at, form), Coordinate(data + at + step, form), Coordinate(data + at + 2 * step, form)));
+    }
+    try {
+        switch (algorithm) {
+        case 0: Delaunay(points, true); break;
+        case 1: Delaunay(points, false); break;
+        case 2: {
+            CSSE3dPolygon polygon = Polygon(points);
+            CHPolygonTriangulator ears(&polygon, 1, 1.0f, 1.0f, 1.0f, flag);
+            break;
+        }
+        case 3: {
+            CSSE3dPolygon polygon = Polygon(points);
+            CHConvexHull2D hull(&polygon);
+            CSSE2dPolygon outline;
+            hull.ObtainConvexHull2D(&outline);
+            break;
+        }
+        default: {
+            CHConvexHull3D hull;
+            for (const SSEPoint& p : points) hull.AppendVertex3D(p.x, p.y, p.z, 1.0f);
+            hull.CalcConvexHull();
+        }
+        }
+    } catch (const ProcessExit&) {
+    }
+    return 0;
+}
