@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <vector>
@@ -104,6 +105,30 @@ TEST(IncrementalInsertion, BorderPointsDuplicatesAndTooFewVertices)
     two.Triangulate(2, true, true);
     EXPECT_EQ(Triangles(two.GetTriangleList()), (std::vector<t_hdelaunaytriangle*>{kept}));
     EXPECT_TRUE(!two.IsFinalized() && two.GetNumVertices() == 2);
+}
+
+// Where the float decisions disagree, the links of the graph stop matching
+// and an insertion may meet a triangle it has dropped (a fault the address
+// sanitizer reports). Whatever the triangles then are, every link of the
+// finished list leads to a triangle of that list or to nothing.
+TEST(IncrementalInsertion, DegeneratePointSetsLinkOnlyToListedTriangles)
+{
+    const std::vector<std::vector<float>> sets = {
+        // Two coincident points among the first three, no box corners.
+        {0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0, 0, 8, 4.5f, 3, 0, 3.5f, 14, 7, 0, 8, 0, 0, 0, 0, 0, 6.5f, 6.5f, 6.5f, 6, 7},
+        {0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0, 0, 8, 5.5f, 3, 0, 7.5f, 7.5f, 7.5f, 7.5f, 4, 4, 4, 7.5f, 7.5f, 0, 0, 6.5f, 6.5f, 6.5f, 6},
+    };
+    for (const std::vector<float>& xy : sets) {
+        ZrCIncrementalDelaunay2D d(static_cast<int>(xy.size()));
+        for (std::size_t i = 0; i + 1 < xy.size(); i += 2) d.AppendVertex(P(xy[i], xy[i + 1]));
+        d.Triangulate(d.GetNumVertices(), true, false);
+        const std::vector<t_hdelaunaytriangle*> listed = Triangles(d.GetFinalList());
+        for (const t_hdelaunaytriangle* t : listed) {
+            for (const t_hdelaunaytriangle* n : t->Neighbour) {
+                EXPECT_TRUE(n == nullptr || std::find(listed.begin(), listed.end(), n) != listed.end());
+            }
+        }
+    }
 }
 
 // The corners of the bounding box are added as vertices, except where a

@@ -7,6 +7,8 @@
 #include "vekdll/surface/delaunay_records.h"
 #include "vekdll/surface/triangle_graph.h"
 
+#include <vector>
+
 class CSSE3dPolygon;
 class CSSEMatrix;
 class ZrCIncrementalDelaunay2D;
@@ -266,6 +268,19 @@ private:
     // The two Delaunay sweeps; with `checkFan` a flip that would make an
     // edge twice is not done.
     void SweepAffected(bool checkFan);
+    // Triangles an insertion frees are retired, not freed: on a point set
+    // where the float decisions disagree with each other (points a few
+    // thousandths of a cell apart far from the origin, coincident corners of
+    // the first triangle) the links of the graph stop matching, and a later
+    // step of the same insertion may still follow a link to a triangle it
+    // has dropped. A retired record stays readable until the release clears
+    // every link to it and frees it. On a sound graph no link leads to a
+    // retired triangle, so the release changes nothing there.
+    void RetireTriangle(t_hdelaunaytriangle* triangle) { Retired.push_back(triangle); }
+    // Releases once the retired triangles outnumber half the working ones,
+    // so that the walk over all triangles costs each insertion O(1).
+    void ReleaseRetiredTrianglesIfMany();
+    void ReleaseRetiredTriangles();
     // Adds a corner of the bounding box as a vertex unless one sits there.
     int CornerIndex(const SSEPoint& corner);
     void InsertStoredVertex(int index, bool checkFan);
@@ -281,4 +296,6 @@ private:
     vek::detail::ScanLattice ScanLatticeFor(const SSEPoint& origin) const;
     void ScanConvertInFiveBands(CSSEMatrix* field, float background, SSEPoint& origin, bool keepMax,
                                 ScanWorker worker, float zMax, float zMin);
+
+    std::vector<t_hdelaunaytriangle*> Retired;
 };

@@ -20,6 +20,7 @@
 // working list until finalized.
 void ZrCIncrementalDelaunay2D::StartNewTriangulation()
 {
+    ReleaseRetiredTriangles();
     ClearAffectedTriangleList();
     ClearFinalTriangleList();
     ClearTriangleList();
@@ -255,6 +256,7 @@ void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
         AppendExteriorPoint(v);
         LegalizeEdgesWithNeighbourCheck();
         AddNewTrianglesToList();
+        ReleaseRetiredTrianglesIfMany();
         return;
     }
     if (!PlaceInAffectedTriangle(v)) {
@@ -266,6 +268,7 @@ void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
     KillIgnoredTriangles();
     LegalizeEdgesWithNeighbourCheck();
     AddNewTrianglesToList();
+    ReleaseRetiredTrianglesIfMany();
 }
 
 // An index outside the vertices in use names no point: the entry points
@@ -306,7 +309,7 @@ bool ZrCIncrementalDelaunay2D::PlaceInAffectedTriangle(int v)
         } else {
             SplitAcrossSide(v, triangle, where - ePointOnSide0, made);
         }
-        DeleteTriangle(triangle);
+        RetireTriangle(triangle);
         AffectedTriangleList.RemoveAt(current);
         for (t_hdelaunaytriangle* part : made) {
             if (part != nullptr) AffectedTriangleList.AddTail(part);

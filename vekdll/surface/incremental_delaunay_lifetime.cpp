@@ -21,6 +21,7 @@ ZrCIncrementalDelaunay2D::ZrCIncrementalDelaunay2D(int numVertices) : Base(numVe
 // combination are emptied here.
 ZrCIncrementalDelaunay2D::~ZrCIncrementalDelaunay2D()
 {
+    ReleaseRetiredTriangles();
     ClearFinalTriangleList();
     ClearTriangleList();
     AffectedTriangleList.RemoveAll();
@@ -64,6 +65,7 @@ void ZrCIncrementalDelaunay2D::ReturnToFinalizedState(bool wasFinalized)
 // in their order.
 void ZrCIncrementalDelaunay2D::FinalizeTriangleList()
 {
+    ReleaseRetiredTriangles();
     ClearFinalTriangleList();
     CopyTriangleListInList(&TriangleList, &FinalList);
     TriangleList.RemoveAll();
@@ -90,7 +92,7 @@ void ZrCIncrementalDelaunay2D::AddNewTrianglesToList()
         t_hdelaunaytriangle* triangle = AffectedTriangleList.RemoveHead();
         if (triangle == nullptr) continue;
         if (triangle->Ignore)
-            DeleteTriangle(triangle);
+            RetireTriangle(triangle);
         else
             TriangleList.AddTail(triangle);
     }
@@ -100,7 +102,7 @@ void ZrCIncrementalDelaunay2D::AddNewTrianglesToList()
 // touched: an insertion has already pointed them at the new triangles.
 void ZrCIncrementalDelaunay2D::KillIgnoredTriangles()
 {
-    KillIgnoredIn(AffectedTriangleList, false);
+    KillIgnoredIn(AffectedTriangleList, false, &Retired);
 }
 
 // A debugging walk; it leaves the object finalized.
@@ -119,6 +121,7 @@ void ZrCIncrementalDelaunay2D::CheckConsistency()
 void ZrCIncrementalDelaunay2D::DeepCopyTriangulation(const ZrCIncrementalDelaunay2D& source, bool finalize)
 {
     if (&source == this) return;
+    ReleaseRetiredTriangles();
     ClearFinalTriangleList();
     ClearTriangleList();
     ClearAffectedTriangleList();

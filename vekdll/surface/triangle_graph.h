@@ -6,6 +6,8 @@
 #include "vekdll/surface/triangle_graph_types.h"
 #include "vekdll/surface/vertex_container.h"
 
+#include <vector>
+
 namespace vek {
 
 // Records that carry a circumcircle, a normal pointer or the flags of the
@@ -148,8 +150,10 @@ protected:
     // Clears every slot of the neighbours of `triangle` that points at it.
     static void UnlinkFromNeighbours(Triangle* triangle);
     static void DeleteAllTriangles(TriangleListType& list);
-    // Frees each triangle of `list` with Ignore and removes its node.
-    static void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours);
+    // Frees each triangle of `list` with Ignore, or hands it to `holdBack`
+    // if given, and removes its node.
+    static void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours,
+                              std::vector<Triangle*>* holdBack = nullptr);
     // The lane-wise extremes of all corners of all triangles of `list`;
     // the sentinels 999999.9 and -999999.9 when it is empty.
     void BoxOfCorners(const TriangleListType& list, SSEPoint& min, SSEPoint& max) const;

@@ -19,14 +19,17 @@ int NullNeighbourCount(const T* triangle)
 namespace vek {
 
 template <class D, class T, class E>
-void TriangleGraph<D, T, E>::KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours)
+void TriangleGraph<D, T, E>::KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours, std::vector<T*>* holdBack)
 {
     for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
         T* triangle = list.GetNext(pos);
         if (triangle == nullptr || !triangle->Ignore) continue;
         if (unlinkNeighbours) UnlinkFromNeighbours(triangle);
-        DeleteTriangle(triangle);
+        if (holdBack != nullptr)
+            holdBack->push_back(triangle);
+        else
+            DeleteTriangle(triangle);
         list.RemoveAt(current);
     }
 }
