@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -15,6 +16,10 @@
 // live in such lists and walk them while removing: a walk reads the next
 // position before it touches the current element, so removing the element
 // just returned by GetNext is safe.
+//
+// The list counts every change of its nodes (insertion, removal, SetAt), so
+// that an index kept beside it can tell whether the list has changed behind
+// its back.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CList {
 public:
@@ -25,6 +30,7 @@ public:
     CList& operator=(const CList&) = delete;
 
     INT_PTR GetCount() const { return count_; }
+    std::uint64_t GetChangeCount() const { return changes_; }
     INT_PTR GetSize() const { return count_; }
     bool IsEmpty() const { return count_ == 0; }
 
@@ -64,7 +70,11 @@ public:
     }
     TYPE& GetAt(POSITION pos) { return ToNode(pos)->data; }
     const TYPE& GetAt(POSITION pos) const { return ToNode(pos)->data; }
-    void SetAt(POSITION pos, ARG_TYPE value) { ToNode(pos)->data = value; }
+    void SetAt(POSITION pos, ARG_TYPE value)
+    {
+        ToNode(pos)->data = value;
+        ++changes_;
+    }
 
     POSITION AddHead(ARG_TYPE value) { return InsertBetween(nullptr, head_, value); }
     POSITION AddTail(ARG_TYPE value) { return InsertBetween(tail_, nullptr, value); }
@@ -104,6 +114,7 @@ public:
         Node* node = ToNode(pos);
         (node->prev != nullptr ? node->prev->next : head_) = node->next;
         (node->next != nullptr ? node->next->prev : tail_) = node->prev;
+        ++changes_;
         ReleaseNode(node);
     }
     // Destroys all elements and releases every block.
@@ -112,6 +123,7 @@ public:
         for (Node* node = head_; node != nullptr; node = node->next) std::destroy_at(&node->data);
         head_ = tail_ = freeChain_ = nullptr;
         count_ = 0;
+        ++changes_;
         while (blocks_ != nullptr) {
             Block* next = blocks_->next;
             ::operator delete(static_cast<void*>(blocks_), std::align_val_t(alignof(Block)));
@@ -186,6 +198,7 @@ private:
         (before != nullptr ? before->next : head_) = node;
         (after != nullptr ? after->prev : tail_) = node;
         ++count_;
+        ++changes_;
         return ToPosition(node);
     }
 
@@ -203,6 +216,7 @@ private:
     Block* blocks_ = nullptr;
     INT_PTR count_ = 0;
     INT_PTR blockSize_;
+    std::uint64_t changes_ = 0;
 };
 
 // The untyped list of pointers.
