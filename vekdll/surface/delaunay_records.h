@@ -33,6 +33,9 @@ struct VEKDLL_API t_hdelaunaytriangle {
     SSEPoint* Normal;   // into the object's normals array, or null
     SSEPoint* Center;   // into the object's centres array, or null
     std::int32_t SortIndex;
+    // Bookkeeping of the search index beside the working list; a copied
+    // record carries a stale value, which the index recognises.
+    std::int32_t SearchSlot;
 };
 
 // One border edge: the side `Side` of `Triangle`, from Vertex[0] to Vertex[1].

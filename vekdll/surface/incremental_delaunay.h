@@ -14,6 +14,7 @@ class CSSEMatrix;
 class ZrCIncrementalDelaunay2D;
 
 namespace vek::detail {
+struct IndexedCircle;
 struct ScanLattice;
 template <class Owner>
 struct ScanWorkerRecord;
@@ -102,6 +103,9 @@ public:
     void AppendExteriorPoint(int v);
 
     // ---- Delaunay rule (incremental_delaunay_legalization.cpp)
+    // Sets the circle fields; a listed triangle is filed anew in the search
+    // index, which is why records in the working list get their circles
+    // only through this.
     void CalcCircumCircle(t_hdelaunaytriangle* triangle);
     void UpdateCircles();
     bool InCircumCircle(int v, const t_hdelaunaytriangle* triangle) const;
@@ -219,6 +223,9 @@ protected:
     bool LeaveFinalizedState();
     void ReturnToFinalizedState(bool wasFinalized);
     CList<t_hdelaunaytriangle*>& PresentList() { return Finalized ? FinalList : TriangleList; }
+    // How the search index files a triangle: by the circle of its record,
+    // widened by what the float circle test can still accept beyond it.
+    vek::detail::IndexedCircle IndexedCircleOf(const t_hdelaunaytriangle* triangle) const;
 
     // TriangleList, the working list, comes first, from the graph.
     CList<t_hdelaunaytriangle*> AffectedTriangleList{10};
@@ -277,6 +284,14 @@ private:
     // every link to it and frees it. On a sound graph no link leads to a
     // retired triangle, so the release changes nothing there.
     void RetireTriangle(t_hdelaunaytriangle* triangle) { Retired.push_back(triangle); }
+    // Ends an insertion: the affected triangles join the working list, and
+    // the retired ones are freed at once while every link around the
+    // insertion is returned and none leads to a retired triangle. Once that
+    // fails the graph is held to be unsound until the next build, and
+    // retired triangles wait for the release walk.
+    void SettleInsertion();
+    bool LinksAroundInsertionAreSound() const;
+    void FreeRetiredTriangles();
     // Releases once the retired triangles outnumber half the working ones,
     // so that the walk over all triangles costs each insertion O(1).
     void ReleaseRetiredTrianglesIfMany();
@@ -288,6 +303,10 @@ private:
     void InsertDuringTriangulate(int i);
     void StartNewTriangulation();
     void InsertAllVerticesExcept(int first, int count, const int* skip, int numSkip);
+    // The walk of CalcAffectedTriangles over the whole working list.
+    int ScanAffectedTriangles(int v);
+    // Puts a new triangle on each open side of `triangle` that v sees.
+    void JoinSidesSeenFrom(int v, t_hdelaunaytriangle* triangle, std::vector<t_hdelaunaytriangle*>& made);
     void MarkTrianglesOutsidePolygon(CSSE3dPolygon& polygon);
 
     // The scan conversion's view of this surface, and its five-band driver
@@ -298,4 +317,8 @@ private:
                                 ScanWorker worker, float zMax, float zMin);
 
     std::vector<t_hdelaunaytriangle*> Retired;
+    // Set when an insertion left links that are not returned, or lead to a
+    // retired triangle; cleared by a new build.
+    bool LinksMayBeStale = false;
+    std::vector<t_hdelaunaytriangle*> SearchScratch;
 };

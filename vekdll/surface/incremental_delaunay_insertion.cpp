@@ -11,10 +11,12 @@
 // that is how duplicates are treated.
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/side_test.h"
+#include "vekdll/surface/working_list_index.h"
 
 // Empties every list for a new build; the new triangles live in the
 // working list until finalized.
@@ -25,6 +27,7 @@ void ZrCIncrementalDelaunay2D::StartNewTriangulation()
     ClearFinalTriangleList();
     ClearTriangleList();
     Finalized = false;
+    LinksMayBeStale = false;
 }
 
 // Inserts every vertex below min(count, NumVertices) other than the first
@@ -181,7 +184,7 @@ void ZrCIncrementalDelaunay2D::InsertStoredVertex(int index, bool checkFan)
     if (CalcAffectedTriangles(index) < 1) {
         AppendExteriorPoint(index);
         SweepAffected(checkFan);
-        AddNewTrianglesToList();
+        SettleInsertion();
     } else {
         ProcessAffectedTriangles(index);
     }
@@ -213,11 +216,34 @@ void ZrCIncrementalDelaunay2D::InsertVertexIntoTriangulationNoExterior(int index
     ClearAffectedTriangleList();
 }
 
+// Through the search index where it can answer: a vertex at a position
+// that is not finite meets no circle anyway, and is left to the walk.
 int ZrCIncrementalDelaunay2D::CalcAffectedTriangles(int v)
 {
     AffectedTriangleList.RemoveAll();
+    if (!IsStoredVertex(v)) return 0;
+    const float x = Vertices[v].x;
+    const float y = Vertices[v].y;
+    vek::detail::WorkingListIndex<t_hdelaunaytriangle>* index =
+        std::isfinite(x) && std::isfinite(y) ? SearchIndexAt(x, y) : nullptr;
+    if (index == nullptr) return ScanAffectedTriangles(v);
+    SearchScratch.clear();
+    index->TakeAffected(
+        TriangleList, x, y,
+        [x, y](const vek::detail::CircleGrid::Entry& circle) {
+            const float dx = x - circle.centreX;
+            const float dy = y - circle.centreY;
+            return circle.radius2 > dx * dx + dy * dy;
+        },
+        [this, v](const t_hdelaunaytriangle* t) { return !t->Ignore && !t->IgnoreSearch && InCircumCircle(v, t); },
+        SearchScratch);
+    for (t_hdelaunaytriangle* triangle : SearchScratch) AffectedTriangleList.AddTail(triangle);
+    return static_cast<int>(SearchScratch.size());
+}
+
+int ZrCIncrementalDelaunay2D::ScanAffectedTriangles(int v)
+{
     int moved = 0;
-    if (!IsStoredVertex(v)) return moved;
     for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
         t_hdelaunaytriangle* triangle = TriangleList.GetNext(pos);
@@ -255,8 +281,7 @@ void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
         }
         AppendExteriorPoint(v);
         LegalizeEdgesWithNeighbourCheck();
-        AddNewTrianglesToList();
-        ReleaseRetiredTrianglesIfMany();
+        SettleInsertion();
         return;
     }
     if (!PlaceInAffectedTriangle(v)) {
@@ -267,8 +292,7 @@ void ZrCIncrementalDelaunay2D::ProcessAffected(int v, bool joinFromOutside)
     }
     KillIgnoredTriangles();
     LegalizeEdgesWithNeighbourCheck();
-    AddNewTrianglesToList();
-    ReleaseRetiredTrianglesIfMany();
+    SettleInsertion();
 }
 
 // An index outside the vertices in use names no point: the entry points
@@ -338,7 +362,7 @@ void ZrCIncrementalDelaunay2D::SplitAcrossSide(int v, t_hdelaunaytriangle* trian
         SplitTriangleIntoTwo(v, sideOfAcross, across, made[2], made[3]);
         across->Ignore = true;
         if (AffectedTriangleList.Find(across) == nullptr) {
-            if (const POSITION inWorkingList = TriangleList.Find(across)) TriangleList.RemoveAt(inWorkingList);
+            RemoveFromWorkingList(across);
             AffectedTriangleList.AddTail(across);
         }
     }
@@ -354,35 +378,53 @@ void ZrCIncrementalDelaunay2D::SplitAcrossSide(int v, t_hdelaunaytriangle* trian
 // among themselves into a fan and go to the affected list. There is no hull
 // structure: the border stays convex only in so far as a point sees all
 // edges of a convex border. A vertex that sees no side stays isolated.
+//
+// The search index keeps the listed triangles that have an open side, in
+// list order, so the working list is walked only where the index cannot
+// serve (the linear search mode, a position that is not finite).
 void ZrCIncrementalDelaunay2D::AppendExteriorPoint(int v)
 {
     if (!IsStoredVertex(v)) return;
-    const SSEPoint& p = Vertices[v];
     std::vector<t_hdelaunaytriangle*> made;
-    for (CList<t_hdelaunaytriangle*>* list : {&AffectedTriangleList, &TriangleList}) {
-        for (POSITION pos = list->GetHeadPosition(); pos != nullptr;) {
-            t_hdelaunaytriangle* triangle = list->GetNext(pos);
-            if (triangle == nullptr || triangle->IgnoreSearch) continue;
-            for (int side = 0; side < 3; ++side) {
-                if (triangle->Neighbour[side] != nullptr) continue;
-                const int start = triangle->Vertex[side];
-                const int end = triangle->Vertex[(side + 1) % 3];
-                if (!(vek::detail::SideValue(Vertices[start], Vertices[end], p) < 0.0f)) continue;
-                // The new triangle holds the side reversed in the same slot
-                // number, with v opposite: (b, a, v), (v, c, b) or (c, v, a).
-                t_hdelaunaytriangle* outer = InitNewTriangle();
-                outer->Vertex[side] = end;
-                outer->Vertex[(side + 1) % 3] = start;
-                outer->Vertex[(side + 2) % 3] = v;
-                outer->Neighbour[side] = triangle;
-                triangle->Neighbour[side] = outer;
-                CalcCircumCircle(outer);
-                made.push_back(outer);
-            }
-        }
+    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;)
+        JoinSidesSeenFrom(v, AffectedTriangleList.GetNext(pos), made);
+    const float x = Vertices[v].x;
+    const float y = Vertices[v].y;
+    vek::detail::WorkingListIndex<t_hdelaunaytriangle>* index =
+        std::isfinite(x) && std::isfinite(y) ? SearchIndexAt(x, y) : nullptr;
+    if (index != nullptr) {
+        SearchScratch.clear();
+        index->OpenTriangles(SearchScratch);
+        for (t_hdelaunaytriangle* triangle : SearchScratch) JoinSidesSeenFrom(v, triangle, made);
+    } else {
+        for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;)
+            JoinSidesSeenFrom(v, TriangleList.GetNext(pos), made);
     }
     for (std::size_t i = 0; i < made.size(); ++i) {
         for (std::size_t j = i + 1; j < made.size(); ++j) FindNeighbours(made[i], made[j]);
     }
     for (t_hdelaunaytriangle* outer : made) AffectedTriangleList.AddTail(outer);
+}
+
+void ZrCIncrementalDelaunay2D::JoinSidesSeenFrom(int v, t_hdelaunaytriangle* triangle,
+                                                 std::vector<t_hdelaunaytriangle*>& made)
+{
+    if (triangle == nullptr || triangle->IgnoreSearch) return;
+    const SSEPoint& p = Vertices[v];
+    for (int side = 0; side < 3; ++side) {
+        if (triangle->Neighbour[side] != nullptr) continue;
+        const int start = triangle->Vertex[side];
+        const int end = triangle->Vertex[(side + 1) % 3];
+        if (!(vek::detail::SideValue(Vertices[start], Vertices[end], p) < 0.0f)) continue;
+        // The new triangle holds the side reversed in the same slot
+        // number, with v opposite: (b, a, v), (v, c, b) or (c, v, a).
+        t_hdelaunaytriangle* outer = InitNewTriangle();
+        outer->Vertex[side] = end;
+        outer->Vertex[(side + 1) % 3] = start;
+        outer->Vertex[(side + 2) % 3] = v;
+        outer->Neighbour[side] = triangle;
+        triangle->Neighbour[side] = outer;
+        CalcCircumCircle(outer);
+        made.push_back(outer);
+    }
 }

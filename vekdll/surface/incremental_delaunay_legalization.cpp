@@ -1,7 +1,10 @@
 // The Delaunay rule: circumcircles, the strict circle test and the sweeps
 // that flip edges until no opposite corner lies inside a circle.
 
+#include <cmath>
+
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/working_list_index.h"
 
 // The circle through a, b and c in x-y. There is no guard against three
 // collinear corners: the fields become infinite or not-a-number, and a
@@ -24,6 +27,30 @@ void ZrCIncrementalDelaunay2D::CalcCircumCircle(t_hdelaunaytriangle* triangle)
     const float rx = triangle->CircleX - a.x;
     const float ry = triangle->CircleY - a.y;
     triangle->CircleRadius2 = rx * rx + ry * ry;
+    NoteCircleChanged(triangle);
+}
+
+// The float test `CircleRadius2 > dx² + dy²` can hold only for points within
+// the radius widened by the rounding of dx, dy, their squares and their sum
+// (a few units in the last place of a float), and by the squares that
+// underflow to 0 near the centre. The widening here is far beyond both.
+vek::detail::IndexedCircle ZrCIncrementalDelaunay2D::IndexedCircleOf(const t_hdelaunaytriangle* triangle) const
+{
+    vek::detail::IndexedCircle circle;
+    const float cx = triangle->CircleX;
+    const float cy = triangle->CircleY;
+    const float r2 = triangle->CircleRadius2;
+    // Not-a-number and non-positive radii hold no point; an infinite centre
+    // makes dx infinite or not-a-number, which no radius exceeds.
+    if (!(r2 > 0.0f) || !std::isfinite(cx) || !std::isfinite(cy)) return circle;
+    circle.mayContainPoints = true;
+    circle.entry = {cx, cy, r2, 0};
+    circle.centreX = cx;
+    circle.centreY = cy;
+    circle.radius = std::isinf(r2) ? HUGE_VAL
+                                   : std::sqrt(static_cast<double>(r2)) * (1.0 + 1.0e-6) + 1.0e-18 +
+                                         (std::fabs(static_cast<double>(cx)) + std::fabs(static_cast<double>(cy))) * 1.0e-15;
+    return circle;
 }
 
 void ZrCIncrementalDelaunay2D::UpdateCircles()

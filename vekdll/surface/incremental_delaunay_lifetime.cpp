@@ -44,6 +44,7 @@ void ZrCIncrementalDelaunay2D::AllocatePointBlock()
 // original without freeing them.
 void ZrCIncrementalDelaunay2D::InitializeObject()
 {
+    (void)WorkingIndex.release(); // the original's, like the arrays
     Finalized = false;
     TriangleCenters = nullptr;
     TriangleNormals = nullptr;
@@ -94,7 +95,7 @@ void ZrCIncrementalDelaunay2D::AddNewTrianglesToList()
         if (triangle->Ignore)
             RetireTriangle(triangle);
         else
-            TriangleList.AddTail(triangle);
+            AppendToWorkingList(triangle);
     }
 }
 
@@ -126,6 +127,7 @@ void ZrCIncrementalDelaunay2D::DeepCopyTriangulation(const ZrCIncrementalDelauna
     ClearTriangleList();
     ClearAffectedTriangleList();
     Finalized = false;
+    LinksMayBeStale = false;
     ZrCSSEVertexContainer::operator=(source);
     for (POSITION pos = source.FinalList.GetHeadPosition(); pos != nullptr;) {
         const t_hdelaunaytriangle* original = source.FinalList.GetNext(pos);

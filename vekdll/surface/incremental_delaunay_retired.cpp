@@ -5,6 +5,67 @@
 
 #include "vekdll/surface/incremental_delaunay.h"
 
+namespace {
+
+bool Links(const t_hdelaunaytriangle* from, const t_hdelaunaytriangle* to)
+{
+    return from->Neighbour[0] == to || from->Neighbour[1] == to || from->Neighbour[2] == to;
+}
+
+} // namespace
+
+void ZrCIncrementalDelaunay2D::SettleInsertion()
+{
+    const bool sound = !LinksMayBeStale && LinksAroundInsertionAreSound();
+    AddNewTrianglesToList();
+    if (sound) {
+        FreeRetiredTriangles();
+        return;
+    }
+    LinksMayBeStale = true;
+    ReleaseRetiredTrianglesIfMany();
+}
+
+// Before an insertion every link was returned and led to a live triangle.
+// The insertion wrote links only into the triangles it leaves in the
+// affected list, into their neighbours, and into the triangles it dropped
+// and their neighbours; so if the affected triangles' links are returned
+// and none of them, nor any neighbour of a dropped triangle, still leads to
+// a dropped one, that holds after it too.
+bool ZrCIncrementalDelaunay2D::LinksAroundInsertionAreSound() const
+{
+    std::vector<const t_hdelaunaytriangle*> leaving(Retired.begin(), Retired.end());
+    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
+        const t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+        if (triangle != nullptr && triangle->Ignore) leaving.push_back(triangle);
+    }
+    const auto isLeaving = [&leaving](const t_hdelaunaytriangle* t) {
+        return std::find(leaving.begin(), leaving.end(), t) != leaving.end();
+    };
+    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
+        const t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+        if (triangle == nullptr || triangle->Ignore) continue;
+        for (const t_hdelaunaytriangle* neighbour : triangle->Neighbour) {
+            if (neighbour == nullptr) continue;
+            if (isLeaving(neighbour) || !Links(neighbour, triangle)) return false;
+        }
+    }
+    for (const t_hdelaunaytriangle* dropped : leaving) {
+        for (const t_hdelaunaytriangle* neighbour : dropped->Neighbour) {
+            if (neighbour != nullptr && !isLeaving(neighbour) && Links(neighbour, dropped)) return false;
+        }
+    }
+    return true;
+}
+
+void ZrCIncrementalDelaunay2D::FreeRetiredTriangles()
+{
+    std::sort(Retired.begin(), Retired.end(), std::less<>());
+    Retired.erase(std::unique(Retired.begin(), Retired.end()), Retired.end());
+    for (t_hdelaunaytriangle* triangle : Retired) DeleteTriangle(triangle);
+    Retired.clear();
+}
+
 void ZrCIncrementalDelaunay2D::ReleaseRetiredTrianglesIfMany()
 {
     if (Retired.size() > static_cast<std::size_t>(TriangleList.GetCount() / 2 + 64)) ReleaseRetiredTriangles();
@@ -31,10 +92,11 @@ void ZrCIncrementalDelaunay2D::ReleaseRetiredTriangles()
             }
             if (triangle == nullptr) continue;
             for (t_hdelaunaytriangle*& neighbour : triangle->Neighbour) {
-                if (isRetired(neighbour)) neighbour = nullptr;
+                if (!isRetired(neighbour)) continue;
+                neighbour = nullptr;
+                NoteSideMayBeOpen(triangle);
             }
         }
     }
-    for (t_hdelaunaytriangle* triangle : Retired) DeleteTriangle(triangle);
-    Retired.clear();
+    FreeRetiredTriangles();
 }

@@ -5,7 +5,9 @@
 #include "vekdll/platform/c_list.h"
 #include "vekdll/surface/triangle_graph_types.h"
 #include "vekdll/surface/vertex_container.h"
+#include "vekdll/surface/working_list_index.h"
 
+#include <memory>
 #include <vector>
 
 namespace vek {
@@ -144,16 +146,15 @@ protected:
     // other diagonal of the quadrilateral. Both records keep their place in
     // memory and their slot numbers for each other; the four outer
     // neighbours get their back pointers. Circles are not touched.
-    static void FlipSharedEdge(Triangle* t, int side, Triangle* n, int sideOfN);
+    void FlipSharedEdge(Triangle* t, int side, Triangle* n, int sideOfN);
     // The corner of `triangle` opposite `side`.
     static int OppositeCorner(const Triangle* triangle, int side) { return triangle->Vertex[(side + 2) % 3]; }
     // Clears every slot of the neighbours of `triangle` that points at it.
-    static void UnlinkFromNeighbours(Triangle* triangle);
+    void UnlinkFromNeighbours(Triangle* triangle);
     static void DeleteAllTriangles(TriangleListType& list);
     // Frees each triangle of `list` with Ignore, or hands it to `holdBack`
     // if given, and removes its node.
-    static void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours,
-                              std::vector<Triangle*>* holdBack = nullptr);
+    void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours, std::vector<Triangle*>* holdBack = nullptr);
     // The lane-wise extremes of all corners of all triangles of `list`;
     // the sentinels 999999.9 and -999999.9 when it is empty.
     void BoxOfCorners(const TriangleListType& list, SSEPoint& min, SSEPoint& max) const;
@@ -165,7 +166,27 @@ protected:
 
     Derived& Self() { return static_cast<Derived&>(*this); }
 
+    // ---- the index beside the working list (triangle_graph_search.inl)
+    // For records with a circle, in the indexed search mode: the index, in
+    // step with TriangleList and covering (x, y), rebuilt first where it is
+    // not. Null where the search walks the list instead.
+    detail::WorkingListIndex<Triangle>* SearchIndexAt(double x, double y);
+    // The index if it is in step with TriangleList as it stands, else null.
+    detail::WorkingListIndex<Triangle>* SearchIndexInStep();
+    // TriangleList.AddTail, registered with the index when it is in step.
+    void AppendToWorkingList(Triangle* triangle);
+    // Takes `triangle` out of TriangleList if it is there: at once through
+    // the index, else by finding its node.
+    void RemoveFromWorkingList(Triangle* triangle);
+    // A listed triangle has a new circle, or a side that may have lost its
+    // neighbour: the index must hear of both, since it files triangles by
+    // their circles and keeps those with open sides at hand. Code that
+    // clears a neighbour slot of a listed triangle by hand calls the second.
+    void NoteCircleChanged(Triangle* triangle);
+    void NoteSideMayBeOpen(Triangle* triangle);
+
     TriangleListType TriangleList{10};
+    std::unique_ptr<detail::WorkingListIndex<Triangle>> WorkingIndex;
 
 private:
     // One peeling pass over `list` (see CheckAndKillIgnored...): returns

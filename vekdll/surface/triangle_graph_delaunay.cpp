@@ -8,6 +8,7 @@
 #include "vekdll/surface/triangle_graph_links.inl"
 #include "vekdll/surface/triangle_graph_records.inl"
 #include "vekdll/surface/triangle_graph_removal.inl"
+#include "vekdll/surface/triangle_graph_search.inl"
 #include "vekdll/surface/triangle_graph_splits.inl"
 
 template class vek::TriangleGraph<ZrCIncrementalDelaunay2D, t_hdelaunaytriangle, t_hdelaunayedge>;

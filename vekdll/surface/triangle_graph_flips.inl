@@ -92,6 +92,10 @@ void TriangleGraph<D, T, E>::FlipSharedEdge(T* t, int side, T* n, int sideOfN)
     ReplaceNeighbourInNeighbour(t, (side + 2) % 3, t);
     ReplaceNeighbourInNeighbour(n, (sideOfN + 1) % 3, n);
     ReplaceNeighbourInNeighbour(n, (sideOfN + 2) % 3, n);
+    // An open side of the quadrilateral may have passed from one record to
+    // the other.
+    NoteSideMayBeOpen(t);
+    NoteSideMayBeOpen(n);
 }
 
 template <class D, class T, class E>

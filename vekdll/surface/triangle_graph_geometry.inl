@@ -13,12 +13,14 @@ namespace vek {
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::MoveTriangulationX(float angle)
 {
+    NoteVerticesChanged();
     for (int i = 0; i < NumVertices; ++i) RotateVertexX(angle, Vertices[i]);
 }
 
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::MoveTriangulationY(float angle)
 {
+    NoteVerticesChanged();
     const float c = std::cos(angle);
     const float s = std::sin(angle);
     for (int i = 0; i < NumVertices; ++i) {

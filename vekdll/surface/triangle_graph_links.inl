@@ -156,6 +156,7 @@ void TriangleGraph<D, T, E>::UnlinkFromNeighbours(T* triangle)
         for (T*& slot : neighbour->Neighbour) {
             if (slot == triangle) slot = nullptr;
         }
+        NoteSideMayBeOpen(neighbour);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "vekdll/foundation/safe_alloc.h"
 #include "vekdll/surface/triangle_graph.h"
+#include "vekdll/surface/working_list_index.h"
 
 namespace vek {
 

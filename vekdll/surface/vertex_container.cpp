@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "vekdll/foundation/safe_alloc.h"
+#include "vekdll/surface/vertex_index.h"
 
 namespace {
 
@@ -41,11 +42,13 @@ ZrCSSEVertexContainer& ZrCSSEVertexContainer::operator=(const ZrCSSEVertexContai
     MaxNumVertices = other.MaxNumVertices;
     if (other.NumVertices > 0) std::memcpy(Vertices, other.Vertices, sizeof(SSEPoint) * other.NumVertices);
     NumVertices = other.NumVertices;
+    Mode = other.Mode;
     return *this;
 }
 
 void ZrCSSEVertexContainer::FreeVertices()
 {
+    NoteVerticesChanged();
     NumVertices = 0;
     MaxNumVertices = 0;
     SafeAlignedFree(Vertices);
@@ -82,6 +85,8 @@ void ZrCSSEVertexContainer::ReallocSize(int n)
 // freeing it, since it belongs to the original.
 void ZrCSSEVertexContainer::InitializeObject()
 {
+    (void)Lookup.release(); // the original's, like the array
+    NoteVerticesChanged();
     Vertices = nullptr;
     NumVertices = 0;
     MaxNumVertices = 0;
@@ -92,6 +97,7 @@ void ZrCSSEVertexContainer::InitializeObject()
 void ZrCSSEVertexContainer::AppendVertex(const SSEPoint& point)
 {
     if (NumVertices >= MaxNumVertices) return;
+    AppendedFrom = std::min(AppendedFrom, NumVertices);
     Vertices[NumVertices] = point;
     ++NumVertices;
 }

@@ -1,10 +1,18 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
+#include "vekdll/surface/search_mode.h"
 
 class CSSE3dPolygon;
 class CSSEMatrix;
+
+namespace vek::detail {
+class VertexIndex;
+}
 
 // The vertex store of a triangulation: a flat, 16-byte-aligned array of
 // SSEPoint with a fixed capacity that only an explicit call changes.
@@ -15,7 +23,8 @@ class VEKDLL_API ZrCSSEVertexContainer {
 public:
     ZrCSSEVertexContainer();
     explicit ZrCSSEVertexContainer(int n);
-    // A deep copy, like operator=: two containers never share an array.
+    // A deep copy, like operator=: two containers never share an array. The
+    // search mode is copied; the index behind the look-ups is not.
     ZrCSSEVertexContainer(const ZrCSSEVertexContainer& other);
     ~ZrCSSEVertexContainer();
 
@@ -31,13 +40,23 @@ public:
     int GetNumVertices() const { return NumVertices; }
     int GetMaxNumVertices() const { return MaxNumVertices; }
 
-    // ---- access; the index is not checked
+    // ---- access; the index is not checked. A writable pointer counts as a
+    // write: the look-up index is rebuilt before it answers again.
     SSEPoint GetVertex(int i) const { return Vertices[i]; }
-    SSEPoint* GetVertexPtr(int i) { return &Vertices[i]; }
+    SSEPoint* GetVertexPtr(int i)
+    {
+        NoteVerticesChanged();
+        return &Vertices[i];
+    }
     const SSEPoint* GetVertexPtr(int i) const { return &Vertices[i]; }
     void SetZValueInVertex(float z, int i) { Vertices[i].z = z; }
 
-    // ---- look-ups: linear, first match wins, -1 when none
+    // ---- how look-ups and the triangle search of a derived triangulation
+    // work: through indexes (default) or by walking everything
+    void SetSearchMode(vek::SearchMode mode) { Mode = mode; }
+    vek::SearchMode GetSearchMode() const { return Mode; }
+
+    // ---- look-ups: the first match in index order wins, -1 when none
     int IsVertexExist(const SSEPoint& point, float tolerance) const;
     int PointIndex(const SSEPoint& point) const;
     int PointIndex3D(const SSEPoint& point, int first, int end) const;
@@ -75,6 +94,12 @@ public:
                                   int targetIndex);
 
 protected:
+    // Every write to x or y of vertices already stored, other than through
+    // AppendVertex, must be followed by this, so that the look-up index does
+    // not answer from old positions. Heights may change freely: the index
+    // places vertices by x and y only, and reads heights as they stand.
+    void NoteVerticesChanged() { ++VertexWrites; }
+
     SSEPoint* Vertices = nullptr;
     int NumVertices = 0;
     int MaxNumVertices = 0;
@@ -82,4 +107,13 @@ protected:
 private:
     // Index of the first vertex at (x, y) of `corner`, exactly.
     int IndexAtXY(const SSEPoint& corner) const;
+    // The look-up index brought up to the store as it stands, or null when
+    // the look-ups walk.
+    vek::detail::VertexIndex* FollowedIndex() const;
+
+    vek::SearchMode Mode = vek::SearchMode::Indexed;
+    mutable std::unique_ptr<vek::detail::VertexIndex> Lookup;
+    std::uint64_t VertexWrites = 0;
+    // The lowest index AppendVertex has written since the index last followed.
+    mutable int AppendedFrom = 0;
 };

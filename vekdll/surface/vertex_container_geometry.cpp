@@ -18,11 +18,13 @@ void AddToAll(SSEPoint* vertices, int count, float x, float y, float z)
 
 void ZrCSSEVertexContainer::AddError(const SSEPoint& point)
 {
+    NoteVerticesChanged();
     AddToAll(Vertices, NumVertices, point.x, point.y, point.z);
 }
 
 void ZrCSSEVertexContainer::AddOffset(float x, float y, float z)
 {
+    NoteVerticesChanged();
     AddToAll(Vertices, NumVertices, x, y, z);
 }
 

@@ -1,9 +1,12 @@
-// Linear look-ups in the vertex store. They run on borders and corners
-// only, so a scan is cheap enough and keeps "first match wins" obvious.
+// Look-ups in the vertex store. Each answers what a walk in index order
+// answers, the first vertex that passes the test; the walk itself is kept
+// for the linear search mode and where the grid of vertices cannot narrow
+// the question down.
 
 #include <algorithm>
 
 #include "vekdll/surface/vertex_container.h"
+#include "vekdll/surface/vertex_index.h"
 
 namespace {
 
@@ -12,10 +15,26 @@ constexpr float kNoMaximum = -999999.9f;
 
 } // namespace
 
+vek::detail::VertexIndex* ZrCSSEVertexContainer::FollowedIndex() const
+{
+    if (Mode != vek::SearchMode::Indexed) {
+        Lookup.reset();
+        return nullptr;
+    }
+    if (!Lookup) Lookup = std::make_unique<vek::detail::VertexIndex>();
+    Lookup->Follow(Vertices, NumVertices, AppendedFrom, VertexWrites);
+    AppendedFrom = NumVertices;
+    return Lookup.get();
+}
+
 int ZrCSSEVertexContainer::IsVertexExist(const SSEPoint& point, float tolerance) const
 {
     if (tolerance == 0.0f) return IndexAtXY(point);
     const float limit = tolerance * tolerance;
+    if (const vek::detail::VertexIndex* index = FollowedIndex()) {
+        const int found = index->FirstWithin(Vertices, point.x, point.y, limit);
+        if (found != vek::detail::VertexIndex::kUndecided) return found;
+    }
     for (int i = 0; i < NumVertices; ++i) {
         const float dx = Vertices[i].x - point.x;
         const float dy = Vertices[i].y - point.y;
@@ -31,6 +50,7 @@ int ZrCSSEVertexContainer::PointIndex(const SSEPoint& point) const
 
 int ZrCSSEVertexContainer::IndexAtXY(const SSEPoint& corner) const
 {
+    if (const vek::detail::VertexIndex* index = FollowedIndex()) return index->FirstAtXY(Vertices, corner.x, corner.y);
     for (int i = 0; i < NumVertices; ++i) {
         if (Vertices[i].x == corner.x && Vertices[i].y == corner.y) return i;
     }
@@ -43,6 +63,8 @@ int ZrCSSEVertexContainer::PointIndex3D(const SSEPoint& point, int first, int en
 {
     first = std::max(first, 0);
     end = std::min(end, NumVertices);
+    if (first >= end) return -1;
+    if (const vek::detail::VertexIndex* index = FollowedIndex()) return index->FirstAtXYZ(Vertices, point, first, end);
     for (int i = first; i < end; ++i) {
         const SSEPoint& v = Vertices[i];
         if (v.x == point.x && v.y == point.y && v.z == point.z) return i;
