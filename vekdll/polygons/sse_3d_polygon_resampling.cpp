@@ -14,9 +14,10 @@ using vek::detail::TruncatedCount;
 
 namespace {
 
-// The inserting forms collect their output in a buffer of fixed room, so
-// that no counting pass is needed; they fill it to one point short of the
-// room and drop anything further.
+// The inserting forms stop at one point short of a room of 100000 and drop
+// anything further. Their output gathers in an array that grows as it
+// fills, so that no counting pass is needed and a short line doesn't pay for
+// the room of a long one.
 constexpr int kBufferRoom = 100000;
 constexpr int kBufferFill = kBufferRoom - 1;
 
@@ -53,9 +54,11 @@ void CSSE3dPolygon::ReParametrizeXYZ(float spacing)
 
 void CSSE3dPolygon::InsertPointsOnLongSegments(float spacing, bool closed, bool heightCounts, int* indices)
 {
-    CSSE3dPolygon buffer;
-    buffer.Create(kBufferRoom);
-    int count = 0;
+    std::vector<SSEPoint> output;
+    output.reserve(static_cast<std::size_t>(std::clamp(NumPoints, 0, kBufferFill)));
+    const auto add = [&](const SSEPoint& p) {
+        if (static_cast<int>(output.size()) < kBufferFill) output.push_back(p);
+    };
     const int segments = closed ? NumPoints : NumPoints - 1;
     for (int i = 0; i < segments; ++i) {
         SSEPoint from;
@@ -64,13 +67,13 @@ void CSSE3dPolygon::InsertPointsOnLongSegments(float spacing, bool closed, bool 
         GetPointSSE((i + 1) % NumPoints, to);
         SSEPoint d;
         d.sse = _mm_sub_ps(to.sse, from.sse);
-        if (indices != nullptr) indices[i] = count;
+        if (indices != nullptr) indices[i] = static_cast<int>(output.size());
 
         const float ax = std::fabs(d.x);
         const float ay = std::fabs(d.y);
         const bool isLong = ax > spacing || ay > spacing || (heightCounts && std::fabs(d.z) > spacing);
         if (!isLong) {
-            if (count < kBufferFill) buffer.SetPointSSE(count++, from);
+            add(from);
             continue;
         }
         // k points from the start on, a step of d / (k + 0.5) apart: the last
@@ -78,16 +81,20 @@ void CSSE3dPolygon::InsertPointsOnLongSegments(float spacing, bool closed, bool 
         // a segment that is long in z alone gets no point at all.
         const int k = TruncatedCount(std::max(ax / spacing, ay / spacing));
         const __m128 step = _mm_div_ps(d.sse, _mm_set1_ps(static_cast<float>(k) + 0.5f));
-        for (int j = 0; j < k && count < kBufferFill; ++j) {
+        for (int j = 0; j < k && static_cast<int>(output.size()) < kBufferFill; ++j) {
             SSEPoint p;
             p.sse = _mm_add_ps(from.sse, _mm_mul_ps(_mm_set1_ps(static_cast<float>(j)), step));
-            buffer.SetPointSSE(count++, p);
+            add(p);
         }
     }
-    // The line is made anew from the buffer rather than similar to it: its
-    // box points stay, and since no point moved they still bound the line.
-    buffer.CopyBoxPointsFrom(*this);
-    TakePointsOf(buffer, count);
+    const int count = static_cast<int>(output.size());
+    CSSE3dPolygon local;
+    local.Create(count);
+    for (int i = 0; i < count; ++i) local.SetPointSSE(i, output[static_cast<std::size_t>(i)]);
+    // The line is made anew rather than similar to a fresh polygon: its box
+    // points stay, and since no point moved they still bound the line.
+    local.CopyBoxPointsFrom(*this);
+    TakePointsOf(local, count);
 }
 
 // ---------------------------------------------------------------- by arc length
