@@ -65,46 +65,4 @@ TEST(PointInLineInnerArea, AgreesWithAPlainEvenOddCountOnRandomStars)
     }
 }
 
-TEST(CSSE3dPolygonReParametrize, LongSegmentsGetKPointsAStepOfDOverKPlusAHalfApartUpTo99999Points)
-{
-    // 3.5 long: k = 3 points a step of 1 apart, z along with x and y; the same way back.
-    CSSE3dPolygon polygon = PolygonOf({{0, 0, 0}, {3.5f, 0, 7}});
-    polygon.CalcBoundingBox();
-    polygon.ReParametrize(1.0f);
-    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{0, 0, 0}, {1, 0, 2}, {2, 0, 4}, {3.5f, 0, 7}, {2.5f, 0, 5}, {1.5f, 0, 3}}));
-    EXPECT_FALSE(polygon.IsBoundingBoxCalculated()) << "the polygon is made anew";
-    // The larger of the x and y ratios decides: 4.5 in y gives 4 points, 3.5
-    // gives 3, and a segment of exactly the spacing keeps its start alone.
-    Fill(polygon, {{0, 0, 0}, {1.125f, 2.25f, 0}, {0.25f, 0.5f, 0}});
-    std::vector<int> indices(3, -1);
-    polygon.ReParametrize(0.5f, indices.data());
-    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{0, 0, 0}, {0.25f, 0.5f, 0}, {0.5f, 1, 0}, {0.75f, 1.5f, 0}, {1.125f, 2.25f, 0},
-                                                   {0.875f, 1.75f, 0}, {0.625f, 1.25f, 0}, {0.25f, 0.5f, 0}}));
-    EXPECT_EQ(indices, (std::vector<int>{0, 4, 7}));
-    Fill(polygon, {{0, 0, 0}, {0.5f, 0.5f, 40}}); // a height difference alone doesn't make a segment long
-    polygon.ReParametrize(1.0f, indices.data());
-    EXPECT_EQ(polygon.GetNumPoints(), 2);
-    // The output stops at 99999 points; later segments still learn where they would have begun.
-    Fill(polygon, {{0, 0, 0}, {150000, 0, 0}, {150000, 1, 0}});
-    polygon.ReParametrize(1.0f, indices.data());
-    EXPECT_EQ(std::pair(polygon.GetNumPoints(), indices), std::pair(99999, std::vector<int>{0, 99999, 99999}));
-    EXPECT_EQ(PointOf(polygon, 99998).x, 99998.0f * (150000.0f / 150000.5f));
-}
-
-TEST(CSSE3dPolygonChangeStartPoint, RotatesPointsAndIndicesAlikeAndDropsAStartOutsideTheLine)
-{
-    CSSE3dPolygon polygon = PolygonOf({{0, 0, 0}, {10, 0, 0}, {10, 10, 5}, {0, 10, 0}});
-    polygon.CalcBoundingBox();
-    std::vector<int> indices = {10, 11, 12, 13};
-    polygon.ChangeStartPoint(1, indices.data());
-    EXPECT_EQ(PointsOf(polygon), (std::vector<Xyz>{{10, 0, 0}, {10, 10, 5}, {0, 10, 0}, {0, 0, 0}}));
-    EXPECT_EQ(std::pair(indices, polygon.IsBoundingBoxCalculated()), std::pair(std::vector<int>{11, 12, 13, 10}, false));
-    // The nearest-point form; then starts outside the line, as the -1 of an empty search.
-    SSEPoint near = Sse(1, -1, 0);
-    polygon.ChangeStartPoint(near, indices.data());
-    for (int start : {4, -1}) polygon.ChangeStartPoint(start, indices.data());
-    EXPECT_EQ(PointsOf(polygon)[0], (Xyz{0, 0, 0}));
-    EXPECT_EQ(indices, (std::vector<int>{10, 11, 12, 13}));
-}
-
 } // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/polygons/resolution_data.h"
@@ -132,18 +134,102 @@ public:
     bool PointInLineInnerAreaNormalized(SSEPoint& p, int step);
     bool PointInLineInnerAreaNormalized(float x, float y, int step);
 
-    // ---------------------------------------------------------------- resampling and editing
-    // Inserts points on each segment of the closed line that is longer than
-    // `spacing` in x or y, so that no gap stays much wider; no source point
-    // moves and a dense line isn't thinned. `indices`, if not null, must have
-    // NumPoints entries and receives the new index of each source point.
+    // ---------------------------------------------------------------- resampling
+    // Most of the methods below rebuild the line: the normalised copy then
+    // holds no data until the next NormalizeXYZ, and the box flag is false.
+    //
+    // The inserting forms put points on each segment that is longer than
+    // `spacing` in x or y (or z, for ReParametrizeXYZ), so that no gap stays
+    // much wider; no source point moves and a dense line isn't thinned. At
+    // most 99999 points come out. `indices`, if not null, must have NumPoints
+    // entries and receives the new index of each source point.
     void ReParametrize(float spacing);
     void ReParametrize(float spacing, int* indices);
+    // The open line: the last point closes no segment and isn't written.
+    void ReParametrizeOpen(float spacing);
+    // A segment long in z alone gets no point at all, not even its start.
+    void ReParametrizeXYZ(float spacing);
+    // Points a `spacing` of arc length apart along the closed line in space,
+    // from point 0 on.
+    void ReParametrize3D(float spacing);
+    // Every `step`-th point; the place after the last one taken gets the
+    // mean of the first and the last taken (closeAtMean) or the last point.
+    void Subsample(int step, bool closeAtMean);
+    // The points of smallest x, largest x, smallest y and largest y first,
+    // then the others subsampled: a sparse point set, no longer a line.
+    void ResortAndSubsample(int step);
+    // Drops each point that lies within 1 (city-block) of an earlier one,
+    // except right after a dropped point.
+    void RemoveEqualPointsXY();
+    // Resamples the shorter of the two lines by index to the length of the longer.
+    void AdaptPolygons(CSSE3dPolygon* other);
+
+    // ---------------------------------------------------------------- heights
+    void AdaptToHighestZValue();
+    void AdaptToLowestZValue();
+    // A moving mean of three heights along the closed line; every point also
+    // takes x and y of its successor, so the line shifts by one index.
+    void FilterZValues();
+    // Inverse-distance heights from every `step`-th point, weighted by 1/d²
+    // (InterpolateZ) or 1/d (InterpolateZLow); a point within eps (squared)
+    // of the query gives its own height.
+    float InterpolateZ(float x, float y, int step, float eps);
+    float InterpolateZLow(float x, float y, int step, float eps);
+
+    // ---------------------------------------------------------------- editing against other lines
+    // Point i moves the fraction t of the way to point i of `other`.
+    void MoveTowardsPolygon(CSSE3dPolygon* other, float t);
+    // Replaces the part of the closed line between its smallest and largest x
+    // on one side by the course of `other`.
+    void ResetPointsBetweenBB(CSSE3dPolygon* other);
+    // The convex hull in the plane, counter-clockwise from its lowest point.
+    void ReplaceByConvexHullXY();
+    // Keep the points strictly on one side of the geometric centre.
+    void KeepLeftHalfPlaneX();
+    void KeepRightHalfPlaneX();
+    void KeepLowerHalfPlaneY();
+    void KeepUpperHalfPlaneY();
+    // Keeps the points whose nearest point of `other` lies at a larger y.
+    void KeepPointsBelow(CSSE3dPolygon& other);
+    // Indices of the points strictly inside the box lower .. upper in x and
+    // y; `out` must have room for NumPoints entries.
+    void GetPointsInPatch(SSEPoint& upper, SSEPoint& lower, int* out, int& count);
+    void AppendPoints(CSSE3dPolygon& other);
+
+    // ---------------------------------------------------------------- order of the points
     // Makes point `start`, or the point nearest to p, the first one; the order
     // stays. `indices`, if not null, is an array of NumPoints entries that is
     // rotated the same way.
     void ChangeStartPoint(SSEPoint& p, int* indices);
     void ChangeStartPoint(int start, int* indices);
+    void InvertPolygonDirection();
+    // Starts the line right of its centre, at the point nearest the centre's height.
+    void RotateIndices();
+    // Meant to align two lines of one length; it leaves both orders as they
+    // are (see the definition) and only rebuilds them.
+    void RotateIndices(CSSE3dPolygon* other);
+    // Starts the line at the point of the flattest elevation angle seen from
+    // the centre, among those on the positive side in the named plane.
+    void RotateIndicesXY();
+    void RotateIndicesXZ();
+    void RotateIndicesYZ();
+
+    // ---------------------------------------------------------------- turning, mirroring, noise
+    void RotateZ(float a);
+    void RotateXYZ(float a, float b, float c);
+    // These two apply a fixed matrix of the angles that isn't a rotation in
+    // the strict sense, and leave the box calculated.
+    void TransformVertices(float a, float b);
+    void TransformVerticesAboutCenter(float a, float b);
+    // z becomes the centre's z (twice: twice that) minus z.
+    void FlipOrientationZ(bool twice);
+    void FlipOrientationAndMoveCoordsZ(float value);
+    void SwapXandZCoord();
+    void SwapYandZCoord();
+    // `out` becomes this line mirrored at x = 0.
+    void GetMirrorPolygon(CSSE3dPolygon* out);
+    // The same noise on every call: the generator is seeded afresh each time.
+    void AddNoiseXY(float amplitude);
 
     // ---------------------------------------------------------------- offsetting
 
@@ -155,6 +241,17 @@ private:
     // arrays of an empty polygon don't outlive it.
     void ReleaseArrays();
     void CopyBoxPointsFrom(const CSSE3dPolygon& src);
+    // The ending of the methods that rebuild the line in a local polygon:
+    // this polygon becomes similar to the first `count` points of `local`.
+    void TakePointsOf(CSSE3dPolygon& local, int count);
+    // Point k of the rebuilt line is old point first + k * direction, wrapping
+    // at NumPoints: a rotation for direction 1, a reversal for -1.
+    void ReorderPoints(int first, int direction);
+    // Rebuilds the line of the points whose entry in `keep` is true, in order.
+    void KeepMarkedPoints(const std::vector<bool>& keep);
+    // The common end of the RotateIndicesXY/XZ/YZ searches, on the centre
+    // already calculated: `lanes` masks the coordinates of the distance.
+    void StartAtFlattestElevation(__m128 lanes, const std::vector<bool>& qualifies);
     // The body of the inserting resampling forms: segments of the closed or
     // the open line, judged long by x and y, or by z as well.
     void InsertPointsOnLongSegments(float spacing, bool closed, bool heightCounts, int* indices);
