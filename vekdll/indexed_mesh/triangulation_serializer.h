@@ -27,8 +27,8 @@
 // The reader refuses, with CArchiveException: a wrong magic (badClass), a
 // version other than 1 or an unknown flag (badSchema), counts that need more
 // bytes than the stream has left, checked before anything is allocated, and
-// an index outside the vertices (badIndex), and a stream that ends early
-// (endOfFile).
+// an index outside the vertices (badIndex), and a stream that ends inside
+// the header (endOfFile).
 class VEKDLL_API CTriangulation_Serializer {
 public:
     static constexpr unsigned int kVersion = 1;
