@@ -151,7 +151,6 @@ TEST(IndexedMeshFile, DamagedFilesAreRefusedWithArchiveExceptions)
     EXPECT_EQ(RefusalOf(BytesOf(std::vector<BYTE>{'V', 'E', 'K', 'M', 'E', 'S', 'H', 0x0A}, 1u, 0u, 0u, 0u)),
               CArchiveException::badClass);
     EXPECT_EQ(RefusalOf(BytesOf(header(2, 0, 3, 1), oneTriangle)), CArchiveException::badSchema);
-    EXPECT_EQ(RefusalOf(BytesOf(header(0, 0, 3, 1), oneTriangle)), CArchiveException::badSchema);
     EXPECT_EQ(RefusalOf(BytesOf(header(1, 4, 3, 1), oneTriangle)), CArchiveException::badSchema);
     EXPECT_EQ(RefusalOf(BytesOf(header(1, 1, 3, 1), oneTriangle)), CArchiveException::badIndex) << "normals missing";
     EXPECT_EQ(RefusalOf(BytesOf(header(1, 0, 0xFFFFFFFFu, 0xFFFFFFFFu), oneTriangle)), CArchiveException::badIndex);
