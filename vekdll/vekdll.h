@@ -34,6 +34,17 @@
 #include "vekdll/mesh/stretch.h"
 #include "vekdll/mesh/triangulation.h"
 
+// indexed meshes, the exchange format of the triangulations
+#include "vekdll/indexed_mesh/c_triangulation.h"
+#include "vekdll/indexed_mesh/memory_block.h"
+#include "vekdll/indexed_mesh/stream_read_binary.h"
+#include "vekdll/indexed_mesh/stream_read_binary_file.h"
+#include "vekdll/indexed_mesh/stream_write_binary.h"
+#include "vekdll/indexed_mesh/stream_write_binary_file.h"
+#include "vekdll/indexed_mesh/triangulation_normals.h"
+#include "vekdll/indexed_mesh/triangulation_serializer.h"
+#include "vekdll/indexed_mesh/vector3f.h"
+
 // polygons
 #include "vekdll/pixelchains/pixel_chain.h"
 #include "vekdll/planar/h2d_point.h"
