@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "vekdll/export.h"
+
 namespace vek::detail {
 
 // Where a circle sits in a CircleGrid: its level and the one cell there.
@@ -26,7 +28,7 @@ struct GridPlace {
 // The grid decides nothing: it hands out candidates, and the caller applies
 // its own test. The radius given to Insert must therefore already be wide
 // enough to cover every point that the caller's test could accept.
-class CircleGrid {
+class VEKDLL_API CircleGrid {
 public:
     // What a query hands back: the circle as it was inserted, and the
     // caller's number for it.
