@@ -46,13 +46,17 @@ TEST(GeoTiffMessages, ABuildWithoutGdalSaysWhatItLacks)
 
 TEST(GeoTiffWithoutGdal, ATiffIsRefusedWithTheNote)
 {
+    // Told by its first bytes whatever its name, or by its name.
     ScratchFolder folder;
-    const std::string tiff = folder.File("dem.tif");
-    WriteBytes(tiff, Bytes{'I', 'I', 42, 0, 8, 0, 0, 0} + Bytes(64, 0));
-    const Outcome o = RunProgram({tiff, "-o", folder.File("out")});
-    ExpectOneLineRefusal(o);
-    EXPECT_EQ(o.err, "triangulate_field: " + vek::tools::WithoutGdalError(tiff) + "\n");
-    EXPECT_FALSE(fs::exists(folder.File("out")));
+    const std::string tiff = folder.File("dem.raster"), named = folder.File("dem.TIF");
+    WriteBytes(tiff, Bytes{'M', 'M', 0, 42, 0, 0, 0, 8} + Bytes(64, 0));
+    WriteBytes(named, Text("not even a TIFF"));
+    for (const std::string& path : {tiff, named}) {
+        const Outcome o = RunProgram({path, "-o", folder.File("out")});
+        ExpectOneLineRefusal(o);
+        EXPECT_EQ(o.err, "triangulate_field: " + vek::tools::WithoutGdalError(path) + "\n");
+        EXPECT_FALSE(fs::exists(folder.File("out")));
+    }
 }
 
 #else

@@ -1,5 +1,6 @@
 #include "elevation_input.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -39,9 +40,12 @@ bool OwnFormat(const FileStart& s)
     return netpbm || LooksLikeFieldArchive(s.bytes, s.count, s.size);
 }
 
-// Classic TIFF and BigTIFF, in either byte order.
-bool LooksLikeTiff(const FileStart& s)
+// Classic TIFF and BigTIFF, in either byte order, or a file named so.
+bool LooksLikeTiff(const std::string& path, const FileStart& s)
 {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (extension == ".tif" || extension == ".tiff") return true;
     if (s.count < 4) return false;
     const bool intel = s.bytes[0] == 'I' && s.bytes[1] == 'I' && (s.bytes[2] == 42 || s.bytes[2] == 43) && s.bytes[3] == 0;
     const bool motorola = s.bytes[0] == 'M' && s.bytes[1] == 'M' && s.bytes[2] == 0 && (s.bytes[3] == 42 || s.bytes[3] == 43);
@@ -55,7 +59,7 @@ LoadedRaster ReadElevationModel(const std::string& path)
     const FileStart start = ReadFileStart(path);
     if (OwnFormat(start)) return ReadHeightRaster(path);
     if (BuiltWithGdal()) return ReadGdalRaster(path);
-    if (LooksLikeTiff(start)) throw ToolError(WithoutGdalError(path));
+    if (LooksLikeTiff(path, start)) throw ToolError(WithoutGdalError(path));
     return ReadHeightRaster(path);
 }
 

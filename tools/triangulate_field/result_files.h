@@ -7,7 +7,6 @@
 #include "command_line.h"
 #include "georeference.h"
 #include "mesh_file.h"
-#include "pictures.h"
 #include "raster_files.h"
 
 namespace vek::tools {
