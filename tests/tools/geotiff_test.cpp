@@ -62,7 +62,7 @@ TEST(GeoTiffWithoutGdal, ATiffIsRefusedWithTheNote)
 #else
 
 // What a test GeoTIFF holds; heights row by row from the top.
-struct TiffSpec {
+struct TiffPlan {
     int width = 4;
     int height = 3;
     int bands = 1;
@@ -87,32 +87,32 @@ std::string WktOf(int epsg)
     return text;
 }
 
-void MakeGeoTiff(const std::string& path, const TiffSpec& spec)
+void MakeGeoTiff(const std::string& path, const TiffPlan& plan)
 {
     GDALAllRegister();
     std::vector<const char*> options;
-    for (const std::string& o : spec.options) options.push_back(o.c_str());
+    for (const std::string& o : plan.options) options.push_back(o.c_str());
     options.push_back(nullptr);
-    GDALDatasetH d = GDALCreate(GDALGetDriverByName("GTiff"), path.c_str(), spec.width, spec.height, spec.bands,
-                                spec.type, const_cast<char**>(options.data()));
+    GDALDatasetH d = GDALCreate(GDALGetDriverByName("GTiff"), path.c_str(), plan.width, plan.height, plan.bands,
+                                plan.type, const_cast<char**>(options.data()));
     ASSERT_NE(d, nullptr) << CPLGetLastErrorMsg();
-    if (spec.geoTransform) {
-        std::array<double, 6> t = *spec.geoTransform;
+    if (plan.geoTransform) {
+        std::array<double, 6> t = *plan.geoTransform;
         GDALSetGeoTransform(d, t.data());
     }
-    if (spec.epsg != 0) GDALSetProjection(d, WktOf(spec.epsg).c_str());
+    if (plan.epsg != 0) GDALSetProjection(d, WktOf(plan.epsg).c_str());
     GDALRasterBandH band = GDALGetRasterBand(d, 1);
-    if (spec.noData) GDALSetRasterNoDataValue(band, *spec.noData);
-    if (spec.palette) {
+    if (plan.noData) GDALSetRasterNoDataValue(band, *plan.noData);
+    if (plan.palette) {
         GDALColorTableH table = GDALCreateColorTable(GPI_RGB);
         const GDALColorEntry red{255, 0, 0, 255};
         GDALSetColorEntry(table, 0, &red);
         GDALSetRasterColorTable(band, table);
         GDALDestroyColorTable(table);
     }
-    if (!spec.heights.empty()) {
-        std::vector<float> cells = spec.heights;
-        EXPECT_EQ(GDALRasterIO(band, GF_Write, 0, 0, spec.width, spec.height, cells.data(), spec.width, spec.height,
+    if (!plan.heights.empty()) {
+        std::vector<float> cells = plan.heights;
+        EXPECT_EQ(GDALRasterIO(band, GF_Write, 0, 0, plan.width, plan.height, cells.data(), plan.width, plan.height,
                                GDT_Float32, 0, 0),
                   CE_None);
     }
@@ -158,11 +158,11 @@ TEST(GeoTiffInput, HeightsNoDataAndGeoreferenceAreRead)
 {
     // 4 x 3 cells of 10 column + row + 100, one of them the no-data value.
     ScratchFolder folder;
-    TiffSpec spec;
-    spec.type = GDT_Int16;
-    spec.noData = -9999;
-    for (int i = 0; i < 12; ++i) spec.heights.push_back(i == 5 ? -9999.0f : static_cast<float>(10 * (i % 4) + i / 4 + 100));
-    MakeGeoTiff(folder.File("utm.tif"), spec);
+    TiffPlan plan;
+    plan.type = GDT_Int16;
+    plan.noData = -9999;
+    for (int i = 0; i < 12; ++i) plan.heights.push_back(i == 5 ? -9999.0f : static_cast<float>(10 * (i % 4) + i / 4 + 100));
+    MakeGeoTiff(folder.File("utm.tif"), plan);
 
     const vek::tools::LoadedRaster loaded = vek::tools::ReadElevationModel(folder.File("utm.tif"));
     EXPECT_EQ(loaded.format, vek::tools::RasterFormat::Gdal);
@@ -172,7 +172,7 @@ TEST(GeoTiffInput, HeightsNoDataAndGeoreferenceAreRead)
         if (i == 5) {
             EXPECT_TRUE(std::isnan(loaded.raster.heights[i]));
         } else {
-            EXPECT_EQ(loaded.raster.heights[i], spec.heights[i]) << i;
+            EXPECT_EQ(loaded.raster.heights[i], plan.heights[i]) << i;
         }
     }
     const vek::tools::Georeference& g = loaded.georeference;
@@ -184,13 +184,13 @@ TEST(GeoTiffInput, HeightsNoDataAndGeoreferenceAreRead)
 
     // Longitude and latitude are degrees; a raster without geotransform or
     // coordinate system is not placed.
-    spec.geoTransform = std::array<double, 6>{-97.5, 0.001, 0, 32.8, 0, -0.001};
-    spec.epsg = 4326;
-    MakeGeoTiff(folder.File("geographic.tif"), spec);
+    plan.geoTransform = std::array<double, 6>{-97.5, 0.001, 0, 32.8, 0, -0.001};
+    plan.epsg = 4326;
+    MakeGeoTiff(folder.File("geographic.tif"), plan);
     EXPECT_TRUE(vek::tools::ReadElevationModel(folder.File("geographic.tif")).georeference.degrees);
-    spec.geoTransform.reset();
-    spec.epsg = 0;
-    MakeGeoTiff(folder.File("plain.tif"), spec);
+    plan.geoTransform.reset();
+    plan.epsg = 0;
+    MakeGeoTiff(folder.File("plain.tif"), plan);
     const vek::tools::Georeference plain = vek::tools::ReadElevationModel(folder.File("plain.tif")).georeference;
     EXPECT_FALSE(plain.placed);
     EXPECT_EQ(plain.projection, "");
@@ -201,21 +201,21 @@ TEST(GeoTiffInput, HeightsNoDataAndGeoreferenceAreRead)
 constexpr double kWest = 500000, kNorth = 4000000, kCell = 2;
 double PlaneAt(double x, double y) { return 100.0 + 0.25 * (x - kWest) - 0.5 * (kNorth - y); }
 
-TiffSpec PlaneTiff()
+TiffPlan PlaneTiff()
 {
-    TiffSpec spec;
-    spec.width = 40;
-    spec.height = 30;
-    spec.geoTransform = std::array<double, 6>{kWest, kCell, 0, kNorth, 0, -kCell};
-    spec.noData = -1;
+    TiffPlan plan;
+    plan.width = 40;
+    plan.height = 30;
+    plan.geoTransform = std::array<double, 6>{kWest, kCell, 0, kNorth, 0, -kCell};
+    plan.noData = -1;
     for (int row = 0; row < 30; ++row) {
         for (int column = 0; column < 40; ++column) {
             const bool hole = column >= 10 && column < 13 && row >= 10 && row < 13;
             const double x = kWest + kCell * (column + 0.5), y = kNorth - kCell * (row + 0.5);
-            spec.heights.push_back(hole ? -1.0f : static_cast<float>(PlaneAt(x, y)));
+            plan.heights.push_back(hole ? -1.0f : static_cast<float>(PlaneAt(x, y)));
         }
     }
-    return spec;
+    return plan;
 }
 
 struct PlyFile {
@@ -348,7 +348,7 @@ TEST(GeoTiffOutput, CellsWithoutDataAreWrittenAsTheNoDataValue)
 TEST(GeoTiffInput, RastersThatAreNoHeightFieldEndWithOneLineAndNothingWritten)
 {
     ScratchFolder folder;
-    TiffSpec bands, rotated, complex, palette, tall, huge, whole;
+    TiffPlan bands, rotated, complex, palette, tall, huge, whole;
     bands.bands = 3;
     rotated.geoTransform = std::array<double, 6>{1000, 10, 0.5, 5000, 0, -10};
     complex.type = GDT_CInt16;
@@ -363,11 +363,11 @@ TEST(GeoTiffInput, RastersThatAreNoHeightFieldEndWithOneLineAndNothingWritten)
     whole.type = GDT_Int16;
     whole.width = whole.height = 64;
     whole.heights.assign(64 * 64, 7.0f);
-    const std::vector<std::pair<std::string, TiffSpec>> made = {{"bands.tif", bands},     {"rotated.tif", rotated},
+    const std::vector<std::pair<std::string, TiffPlan>> made = {{"bands.tif", bands},     {"rotated.tif", rotated},
                                                                 {"complex.tif", complex}, {"palette.tif", palette},
                                                                 {"tall.tif", tall},       {"huge.tif", huge},
                                                                 {"truncated.tif", whole}};
-    for (const auto& [name, spec] : made) MakeGeoTiff(folder.File(name), spec);
+    for (const auto& [name, plan] : made) MakeGeoTiff(folder.File(name), plan);
     const Bytes full = ReadBytes(folder.File("truncated.tif"));
     WriteBytes(folder.File("truncated.tif"), Bytes(full.begin(), full.begin() + static_cast<long>(full.size() / 2)));
     WriteBytes(folder.File("text.tif"), Text("no raster at all\n"));
