@@ -5,18 +5,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "tools/tool_test_support.h"
+#include "tools/triangulate_field/build_features.h"
 #include "tools/triangulate_field/command_line.h"
+#include "tools/triangulate_field/elevation_input.h"
 #include "tools/triangulate_field/field_archive.h"
 #include "tools/triangulate_field/raster_files.h"
 #include "tools/triangulate_field/run.h"
@@ -24,84 +21,36 @@
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace vek::test;
 using vek::tools::HeightRaster;
 using vek::tools::ParseHeightRaster;
 using vek::tools::ReadHeightRaster;
 using vek::tools::ToolError;
-using Bytes = std::vector<unsigned char>;
-
-// A folder of its own for each test, removed afterwards.
-class ScratchFolder {
-public:
-    ScratchFolder()
-    {
-        fs::remove_all(path_);
-        fs::create_directories(path_);
-    }
-    ~ScratchFolder() { fs::remove_all(path_); }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    fs::path path_ = fs::temp_directory_path() /
-                     ("triangulate_field_test_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-};
-
-void WriteBytes(const std::string& path, const Bytes& bytes)
-{
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes Text(const std::string& s) { return Bytes(s.begin(), s.end()); }
-
-Bytes operator+(Bytes a, const Bytes& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-Bytes FloatBytes(const std::vector<float>& values, bool littleEndian)
-{
-    Bytes bytes;
-    for (float v : values) {
-        std::uint32_t bits;
-        std::memcpy(&bits, &v, sizeof bits);
-        for (int k = 0; k < 4; ++k) bytes.push_back(static_cast<unsigned char>(bits >> (8 * (littleEndian ? k : 3 - k))));
-    }
-    return bytes;
-}
-
-struct Outcome {
-    int code;
-    std::string out, err;
-};
-
-Outcome RunProgram(const std::vector<std::string>& args)
-{
-    std::ostringstream out, err;
-    const int code = vek::tools::RunTriangulateField(args, out, err);
-    return {code, out.str(), err.str()};
-}
 
 TEST(TriangulateFieldArguments, OptionsDefaultsAndHelp)
 {
+    using vek::tools::MeshFormat;
     using vek::tools::ParseCommandLine;
     const auto fields = [](const vek::tools::Options& o) {
-        return std::tuple(o.input, o.outputDirectory, o.points, o.cellSize, o.keepLowest);
+        return std::tuple(o.input, o.outputDirectory, o.points, o.cellSize, o.keepLowest, o.meshFormat, o.images);
     };
-    EXPECT_EQ(fields(ParseCommandLine({})), std::tuple(std::string(), std::string("out"), 16000, 30.0, false));
-    EXPECT_EQ(fields(ParseCommandLine({"--points", "500", "in.pfm", "--cell-size", "2.5", "-o", "results", "--lowest"})),
-              std::tuple(std::string("in.pfm"), std::string("results"), 500, 2.5, true));
+    EXPECT_EQ(fields(ParseCommandLine({})),
+              std::tuple(std::string(), std::string("out"), 16000, 0.0, false, MeshFormat::Obj, true));
+    EXPECT_EQ(fields(ParseCommandLine({"--points", "500", "in.pfm", "--cell-size", "2.5", "-o", "results", "--lowest",
+                                       "--mesh-format", "ply", "--no-images"})),
+              std::tuple(std::string("in.pfm"), std::string("results"), 500, 2.5, true, MeshFormat::Ply, false));
     EXPECT_EQ(ParseCommandLine({"-n", "3"}).points, 3);
+    EXPECT_EQ(ParseCommandLine({"--mesh-format", "ply", "--mesh-format", "obj"}).meshFormat, MeshFormat::Obj);
 
     for (const char* flag : {"--help", "-h"}) {
         EXPECT_EQ(RunProgram({flag, "--bogus-after-help-is-still-an-error"}).code, 2);
         const Outcome help = RunProgram({flag});
         EXPECT_EQ(help.code, 0);
         EXPECT_EQ(help.err, "");
-        for (const char* option : {"--points", "--cell-size", "--lowest", "--output", "--help", "PFM", "PGM", "OBJ"})
+        for (const char* option : {"--points", "--cell-size", "--lowest", "--output", "--help", "--mesh-format",
+                                   "--no-images", "PFM", "PGM", "OBJ", "PLY", "GeoTIFF", "_relief.png", "_error.png"})
             EXPECT_NE(help.out.find(option), std::string::npos) << option;
+        EXPECT_NE(help.out.find(vek::tools::InputHelp(vek::tools::BuiltWithGdal())), std::string::npos);
     }
 }
 
@@ -116,16 +65,12 @@ TEST(TriangulateFieldArguments, BadArgumentsAndFilesEndWithOneLineAndCodeTwo)
     WriteBytes(small, Text("P5 3 3 255\n") + Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9});
     const std::vector<std::vector<std::string>> cases = {
         {"--points"}, {"--points", "many"}, {"--points", "2"}, {"--points", "12abc"}, {"--cell-size", "0"},
-        {"--cell-size", "nan"}, {"--output", ""}, {"--bogus"}, {"a.pfm", "b.pfm"}, {folder.File("missing.pfm")},
-        {garbage}, {tiny}, {small, "-o", blocked},
+        {"--cell-size", "nan"}, {"--output", ""}, {"--bogus"}, {"a.pfm", "b.pfm"}, {"--mesh-format"},
+        {"--mesh-format", "stl"}, {folder.File("missing.pfm")}, {garbage}, {tiny}, {small, "-o", blocked},
     };
     for (const auto& args : cases) {
         SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
-        const Outcome o = RunProgram(args);
-        EXPECT_EQ(o.code, 2);
-        ASSERT_FALSE(o.err.empty());
-        EXPECT_EQ(o.err.find('\n'), o.err.size() - 1) << o.err;
-        EXPECT_EQ(o.err.rfind("triangulate_field: ", 0), 0u) << o.err;
+        ExpectOneLineRefusal(RunProgram(args));
     }
 }
 
@@ -211,6 +156,25 @@ TEST(TriangulateFieldRasters, TruncatedOrRandomFilesAreRefusedNeverReadBeyond)
     }
 }
 
+TEST(TriangulateFieldRasters, SizesBeyondTheLibraryAreRefusedByName)
+{
+    // The library's fields end at 31999 rows; the sizes are refused from the
+    // header, before any sample is looked for.
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"P5 2 32000 255\n", "32000 rows, more than the 31999"},
+        {"Pf 2 40000 -1.0\n", "40000 rows"},
+        {"P5 20000 20000 255\n", "400000000 cells, more than the 268435456"},
+    };
+    for (const auto& [header, reason] : cases) {
+        try {
+            ParseHeightRaster(Text(header), "huge");
+            ADD_FAILURE() << header;
+        } catch (const ToolError& e) {
+            EXPECT_NE(std::string(e.what()).find("huge: " + reason), std::string::npos) << e.what();
+        }
+    }
+}
+
 TEST(TriangulateFieldRasters, WrittenFilesReadBack)
 {
     // PFM keeps every height and no data; the archive writes no data as 0,
@@ -240,13 +204,26 @@ TEST(TriangulateFieldRasters, WrittenFilesReadBack)
 
 TEST(TriangulateFieldRasters, BundledModelIsFoundAndRead)
 {
+    // The GeoTIFF where GDAL reads it, else the PGM; the corner and the cells
+    // are those data/README.md gives.
     const std::string bundled = vek::tools::FindBundledInput();
     ASSERT_FALSE(bundled.empty());
-    EXPECT_TRUE(fs::equivalent(bundled, fs::path(VEKDLL_TEST_DATA_DIR) / "bigtujunga.pgm"));
-    const HeightRaster r = ReadHeightRaster(bundled).raster;
+    const bool gdal = vek::tools::BuiltWithGdal();
+    EXPECT_TRUE(fs::equivalent(bundled, fs::path(VEKDLL_TEST_DATA_DIR) / (gdal ? "bigtujunga.tif" : "bigtujunga.pgm")));
+    const vek::tools::LoadedRaster loaded = vek::tools::ReadElevationModel(bundled);
+    const HeightRaster& r = loaded.raster;
     EXPECT_EQ(std::pair(r.width, r.height), std::pair(1197, 643));
     const auto [lo, hi] = std::minmax_element(r.heights.begin(), r.heights.end());
     EXPECT_EQ(std::pair(*lo, *hi), std::pair(315.0f, 2295.0f));
+    const vek::tools::Georeference& g = loaded.georeference;
+    EXPECT_EQ(g.placed, gdal);
+    if (gdal) {
+        EXPECT_NEAR(g.originX, 376313.66, 0.005);
+        EXPECT_NEAR(g.originY, 3807917.83, 0.005);
+        EXPECT_EQ(std::pair(g.columnStep, g.rowStep), std::pair(30.0, -30.0));
+        EXPECT_EQ(g.projectionName, "WGS 84 / UTM zone 11N");
+        EXPECT_EQ(g.noData, 32767.0);
+    }
 }
 
 TEST(TriangulateFieldRun, APlaneComesBackWithinHalfACellOfSlope)
@@ -268,24 +245,22 @@ TEST(TriangulateFieldRun, APlaneComesBackWithinHalfACellOfSlope)
     for (std::size_t i = 0; i < plane.heights.size(); ++i)
         EXPECT_NEAR(result.heights[i], plane.heights[i], 0.375 + 1e-3) << "cell " << i;
 
-    // The OBJ holds as many faces as the report says, and every face names
-    // vertices stored before it.
-    std::ifstream obj(folder.File("out/plane_triangles.obj"));
-    int vertices = 0, faces = 0, badFaces = 0;
-    for (std::string tag, line; std::getline(obj, line);) {
-        std::istringstream words(line);
-        int a = 0, b = 0, c = 0;
-        words >> tag >> a >> b >> c;
-        vertices += tag == "v";
-        faces += tag == "f";
-        badFaces += tag == "f" && (std::min({a, b, c}) < 1 || std::max({a, b, c}) > vertices);
-    }
-    EXPECT_LE(vertices, 120 + 4);
-    EXPECT_GT(faces, vertices);
-    EXPECT_EQ(badFaces, 0);
-    EXPECT_NE(o.out.find("triangles   " + std::to_string(faces)), std::string::npos) << o.out;
-    EXPECT_TRUE(fs::exists(folder.File("out/plane_surface.pgm")));
-    EXPECT_TRUE(fs::exists(folder.File("out/plane_surface.field")));
+    // The OBJ holds as many faces as the report says, every face names
+    // vertices before it, and the vertices lie on the plane at x = column,
+    // y = row counted from the bottom (19 - row), times the cell size 1.
+    const ObjMesh obj = ReadObj(folder.File("out/plane_triangles.obj"));
+    EXPECT_LE(obj.vertices.size(), 120u + 4u);
+    EXPECT_GT(obj.faces.size(), obj.vertices.size());
+    for (const auto& f : obj.faces)
+        EXPECT_TRUE(std::min({f[0], f[1], f[2]}) >= 1 && std::max({f[0], f[1], f[2]}) <= static_cast<int>(obj.vertices.size()));
+    for (const auto& v : obj.vertices) EXPECT_NEAR(v[2], 0.5 * v[0] - 0.25 * (19.0 - v[1]) + 40.0, 1e-4);
+    EXPECT_NE(o.out.find("triangles   " + std::to_string(obj.faces.size())), std::string::npos) << o.out;
+
+    // Whole files only, under their names: no temporary is left behind.
+    std::vector<std::string> expected = {"plane_surface.field", "plane_surface.pfm", "plane_surface.pgm",
+                                         "plane_triangles.obj"};
+    if (vek::tools::BuiltWithPng()) expected.insert(expected.begin(), {"plane_error.png", "plane_relief.png"});
+    EXPECT_EQ(FilesIn(folder.File("out")), expected);
 }
 
 } // namespace

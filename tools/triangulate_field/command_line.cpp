@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "build_features.h"
 #include "height_raster.h"
 
 namespace vek::tools {
@@ -54,6 +55,12 @@ Options ParseCommandLine(const std::vector<std::string>& args)
             if (options.outputDirectory.empty()) throw ToolError(arg + " needs a folder");
         } else if (arg == "--lowest") {
             options.keepLowest = true;
+        } else if (arg == "--mesh-format") {
+            const std::string& format = ValueOf(args, i);
+            if (format != "obj" && format != "ply") throw ToolError(arg + " takes obj or ply, not '" + format + "'");
+            options.meshFormat = format == "ply" ? MeshFormat::Ply : MeshFormat::Obj;
+        } else if (arg == "--no-images") {
+            options.images = false;
         } else if (arg.size() > 1 && arg[0] == '-') {
             throw ToolError("unknown option " + arg + " (see --help)");
         } else if (options.input.empty()) {
@@ -67,6 +74,7 @@ Options ParseCommandLine(const std::vector<std::string>& args)
 
 std::string HelpText()
 {
+    const std::string pictures = BuiltWithPng() ? "" : "\n                     (" + WithoutPngNote() + ")";
     return R"(Usage: triangulate_field [options] [INPUT]
 
 Triangulates a height field and scan-converts the triangles back into a field:
@@ -74,25 +82,38 @@ stores border and sample points, triangulates them under the Delaunay rule,
 scan-converts the surface on five worker threads, and tells how far the result
 departs from the input.
 
-INPUT   a grey PFM (Pf, either byte order), a binary PGM (P5, 8 or 16 bits;
-        a comment "offset=<o> scale=<s>" maps a sample to o + s * sample), or
-        the library's own field archive (CSSEMatrix::Store; row 0 is the
-        bottom, and a cell of 0 holds no data). Without INPUT the bundled
-        elevation model data/bigtujunga.pgm is read.
-
+)" + InputHelp(BuiltWithGdal()) +
+           R"(
 Options:
   -n, --points N     vertices to store, about (default 16000). The insertion is
                      still quadratic in the vertices: 16000 take a few seconds.
-  --cell-size S      side of a cell in the units of the heights (default 30,
-                     the bundled model's 30 m cells), so that slopes are true.
+  --cell-size S      side of a cell in the units of the heights, so that slopes
+                     are true (default: the input's own from its geotransform,
+                     else 30, the bundled model's 30 m cells).
   --lowest           where the surface folds over a cell keep the lowest
                      height; the default keeps the highest.
+  --mesh-format F    obj (default) or ply for the triangles.
+  --no-images        write no pictures.
   -o, --output DIR   folder for the results (default out), made if missing:
-                       <name>_surface.pfm   the scan-converted heights
-                       <name>_surface.pgm   the same as a 16-bit grey image
+                       <name>_surface.tif   the scan-converted heights as a
+                                            GeoTIFF with the input's georeference
+                                            and no-data value (inputs read
+                                            through GDAL)
+                       <name>_surface.pfm   the same as a PFM and as a 16-bit
+                       <name>_surface.pgm   grey PGM (other inputs)
                        <name>_surface.field the same as a field archive
-                       <name>_triangles.obj the triangles (Wavefront OBJ)
+                       <name>_triangles.obj the triangles, Wavefront OBJ, or
+                       <name>_triangles.ply binary PLY; x, y in world units
+                                            where the input has a georeference
+                       <name>_relief.png    the result in shaded relief
+                       <name>_error.png     the result minus the input: red
+                                            above, blue below, white alike)" +
+           pictures + R"(
+                     Each file appears under its name only once it is whole.
   -h, --help         this text.
+
+At a terminal, a run that takes longer than a second names each stage on
+stderr as it begins.
 
 Exit codes: 0 done, 2 bad arguments or a file that cannot be read or written,
 1 anything else.

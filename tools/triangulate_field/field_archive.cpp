@@ -14,10 +14,10 @@ namespace vek::tools {
 
 namespace {
 
-std::int32_t LittleEndianInt(const std::vector<unsigned char>& bytes, std::size_t at)
+std::int32_t LittleEndianInt(const unsigned char* bytes)
 {
-    const std::uint32_t bits = std::uint32_t{bytes[at]} | std::uint32_t{bytes[at + 1]} << 8 |
-                               std::uint32_t{bytes[at + 2]} << 16 | std::uint32_t{bytes[at + 3]} << 24;
+    const std::uint32_t bits = std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 |
+                               std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24;
     std::int32_t value;
     std::memcpy(&value, &bits, sizeof value);
     return value;
@@ -27,13 +27,18 @@ std::int32_t LittleEndianInt(const std::vector<unsigned char>& bytes, std::size_
 
 bool LooksLikeFieldArchive(const std::vector<unsigned char>& bytes)
 {
-    if (bytes.size() < 8) return false;
-    const long long sizeX = LittleEndianInt(bytes, 0);
-    const long long sizeY = LittleEndianInt(bytes, 4);
+    return LooksLikeFieldArchive(bytes.data(), bytes.size(), bytes.size());
+}
+
+bool LooksLikeFieldArchive(const unsigned char* head, std::size_t headSize, unsigned long long fileSize)
+{
+    if (headSize < 8 || fileSize < 8) return false;
+    const long long sizeX = LittleEndianInt(head);
+    const long long sizeY = LittleEndianInt(head + 4);
     if (sizeX < 1 || sizeY < 1 || sizeY > CSSEMatrix::kMaxSizeY) return false;
     // The archive has no magic number; its length, exact to the byte, is
     // what tells it apart.
-    return static_cast<long long>(bytes.size()) - 8 == sizeX * ((sizeY >> 2) + 1) * 16;
+    return fileSize - 8 == static_cast<unsigned long long>(sizeX * ((sizeY >> 2) + 1) * 16);
 }
 
 HeightRaster ParseFieldArchive(const std::vector<unsigned char>& bytes, const std::string& name)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,8 @@ namespace vek::tools {
 // then every lane of the field. It has no magic number, so a file is taken
 // for one when its length is exactly what its sizes call for.
 bool LooksLikeFieldArchive(const std::vector<unsigned char>& bytes);
+// The same from the first bytes of a file and its length.
+bool LooksLikeFieldArchive(const unsigned char* head, std::size_t headSize, unsigned long long fileSize);
 
 // Field row 0 is the lowest y, the bottom of the raster; a cell of 0 holds
 // no data, as everywhere in the library. Throws ToolError.

@@ -13,13 +13,17 @@
 #include <vector>
 
 #include "field_archive.h"
+#include "output_files.h"
+#include "vekdll/fields/sse_matrix.h"
 
 namespace vek::tools {
 
 namespace {
 
-// No side of a raster beyond this, and no more cells than this, which keeps
-// every size product inside 64 bits and the heights inside a gigabyte.
+// No row wider than this, and no more cells than this, which keeps every
+// size product inside 64 bits and the heights inside a gigabyte. The rows
+// are bounded by the library's fields, which the result is scan-converted
+// into.
 constexpr long long kMaxSide = 1'000'000;
 constexpr long long kMaxCells = 1LL << 28;
 
@@ -125,7 +129,7 @@ LoadedRaster ReadPgm(const std::vector<unsigned char>& bytes, const std::string&
     header.Token(); // "P5"
     const long long width = header.Count("width", 1, kMaxSide);
     const long long height = header.Count("height", 1, kMaxSide);
-    if (width * height > kMaxCells) throw ToolError(path + ": " + std::to_string(width * height) + " cells are too many");
+    RequireHoldableSize(width, height, path);
     const long long maxval = header.Count("maximum sample", 1, 65535);
     const std::size_t start = header.DataStart();
     const int bytesPerSample = maxval > 255 ? 2 : 1;
@@ -159,7 +163,7 @@ LoadedRaster ReadPfm(const std::vector<unsigned char>& bytes, const std::string&
     if (header.Token() != "Pf") throw ToolError(path + ": a colour PFM holds no height field; a grey one (Pf) does");
     const long long width = header.Count("width", 1, kMaxSide);
     const long long height = header.Count("height", 1, kMaxSide);
-    if (width * height > kMaxCells) throw ToolError(path + ": " + std::to_string(width * height) + " cells are too many");
+    RequireHoldableSize(width, height, path);
     const std::string scaleToken = header.Token();
     char* end = nullptr;
     const double scale = std::strtod(scaleToken.c_str(), &end);
@@ -194,20 +198,19 @@ LoadedRaster ReadPfm(const std::vector<unsigned char>& bytes, const std::string&
     return loaded;
 }
 
-std::ofstream OpenForWriting(const std::string& path)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) throw ToolError("cannot write " + path + ": " + std::strerror(errno));
-    return out;
-}
-
-void Finish(std::ofstream& out, const std::string& path)
-{
-    out.close();
-    if (!out) throw ToolError("cannot write " + path);
-}
-
 } // namespace
+
+void RequireHoldableSize(long long width, long long height, const std::string& path)
+{
+    if (width > kMaxSide) throw ToolError(path + ": " + std::to_string(width) + " columns, more than the " +
+                                          std::to_string(kMaxSide) + " this program reads");
+    if (height > CSSEMatrix::kMaxSizeY)
+        throw ToolError(path + ": " + std::to_string(height) + " rows, more than the " +
+                        std::to_string(CSSEMatrix::kMaxSizeY) + " a field of the library holds");
+    if (width * height > kMaxCells)
+        throw ToolError(path + ": " + std::to_string(width * height) + " cells, more than the " +
+                        std::to_string(kMaxCells) + " this program reads");
+}
 
 LoadedRaster ReadHeightRaster(const std::string& path)
 {
@@ -242,7 +245,7 @@ void WritePfm(const std::string& path, const HeightRaster& raster)
         }
         out.write(reinterpret_cast<const char*>(row.data()), static_cast<std::streamsize>(row.size()));
     }
-    Finish(out, path);
+    FinishWriting(out, path);
 }
 
 void WritePgm16(const std::string& path, const HeightRaster& raster)
@@ -273,7 +276,7 @@ void WritePgm16(const std::string& path, const HeightRaster& raster)
         }
         out.write(reinterpret_cast<const char*>(row.data()), static_cast<std::streamsize>(row.size()));
     }
-    Finish(out, path);
+    FinishWriting(out, path);
 }
 
 } // namespace vek::tools

@@ -3,19 +3,29 @@
 #include <string>
 #include <vector>
 
+#include "georeference.h"
 #include "height_raster.h"
 
 namespace vek::tools {
 
-// The formats the program reads, told apart by their first bytes.
-enum class RasterFormat { Pfm, Pgm, FieldArchive };
+// The formats the program reads, told apart by their first bytes; Gdal is
+// every other raster, read through GDAL where the program has it.
+enum class RasterFormat { Pfm, Pgm, FieldArchive, Gdal };
 
 struct LoadedRaster {
     HeightRaster raster;
     RasterFormat format = RasterFormat::Pfm;
     // What the header said, for the report: "PFM, little-endian" and the like.
     std::string description;
+    // Where the raster lies in the world, as far as the file says: not
+    // placed, and without coordinate system or no-data value, where it
+    // says nothing.
+    Georeference georeference;
 };
+
+// Throws ToolError naming `path` for a raster wider, taller or larger than
+// the program and the library's fields hold.
+void RequireHoldableSize(long long width, long long height, const std::string& path);
 
 // Reads a Portable Float Map (grey "Pf", either byte order, rows stored from
 // the bottom up) or a binary PGM ("P5", 8 or 16 bits, 16-bit samples

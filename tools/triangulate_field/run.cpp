@@ -1,15 +1,19 @@
 #include "run.h"
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <iomanip>
+#include <sstream>
 #include <system_error>
 
+#include "build_features.h"
 #include "command_line.h"
-#include "field_archive.h"
+#include "elevation_input.h"
 #include "height_raster.h"
 #include "mesh_file.h"
-#include "raster_files.h"
+#include "progress.h"
+#include "result_files.h"
 #include "surface_road.h"
 #include "vekdll/surface/incremental_delaunay.h"
 
@@ -18,8 +22,6 @@ namespace vek::tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kBundledName = "bigtujunga.pgm";
 
 double SecondsSince(std::chrono::steady_clock::time_point start)
 {
@@ -38,44 +40,66 @@ void HeightRange(const HeightRaster& r, float& lowest, float& highest, long long
     }
 }
 
-struct Outputs {
-    std::string pfm;
-    std::string pgm;
-    std::string field;
-    std::string obj;
-};
-
-Outputs OutputNames(const Options& options, const std::string& input)
+// The option's cell size, else the input's own on the ground, else 30.
+double CellSizeFor(const Options& options, const LoadedRaster& loaded, std::string& source)
 {
-    std::error_code ec;
-    fs::create_directories(options.outputDirectory, ec);
-    if (ec) throw ToolError("cannot make the folder " + options.outputDirectory + ": " + ec.message());
-    const fs::path base = fs::path(options.outputDirectory) / fs::path(input).stem();
-    return {base.string() + "_surface.pfm", base.string() + "_surface.pgm", base.string() + "_surface.field",
-            base.string() + "_triangles.obj"};
+    if (options.cellSize > 0.0) {
+        source = "by --cell-size";
+        return options.cellSize;
+    }
+    const Georeference& g = loaded.georeference;
+    if (g.placed) {
+        source = g.degrees ? "from the geotransform, on the ground at the middle row" : "from the geotransform";
+        return std::fabs(g.GroundSteps(0.5 * (loaded.raster.height - 1))[0]);
+    }
+    source = "by default";
+    return kDefaultCellSize;
 }
 
-int Run(const Options& options, std::ostream& out)
+std::string Describe(const Georeference& g)
+{
+    std::ostringstream line;
+    line << std::setprecision(10);
+    if (g.placed) {
+        line << "corner x " << g.originX << " y " << g.originY << ", cells " << std::fabs(g.columnStep) << " x "
+             << std::fabs(g.rowStep) << (g.degrees ? " degrees" : "") << (g.rowStep > 0.0 ? ", rows run north" : "");
+    } else {
+        line << "no geotransform";
+    }
+    line << ", " << (g.projectionName.empty() ? "no coordinate system" : g.projectionName);
+    if (g.noData) line << ", no data " << *g.noData;
+    return line.str();
+}
+
+int Run(const Options& options, std::ostream& out, Progress& progress)
 {
     const std::string input = options.input.empty() ? FindBundledInput() : options.input;
     if (input.empty())
-        throw ToolError(std::string("the bundled data/") + kBundledName + " was not found; name an input file");
+        throw ToolError("the bundled data/" + BundledInputName(BuiltWithGdal()) + " was not found; name an input file");
 
+    progress.Stage("reading " + input);
     auto start = std::chrono::steady_clock::now();
-    const LoadedRaster loaded = ReadHeightRaster(input);
+    const LoadedRaster loaded = ReadElevationModel(input);
     const double readSeconds = SecondsSince(start);
     const HeightRaster& raster = loaded.raster;
     float lowest = 0.0f;
     float highest = 0.0f;
     long long withData = 0;
     HeightRange(raster, lowest, highest, withData);
+    std::string cellSizeSource;
+    const double cellSize = CellSizeFor(options, loaded, cellSizeSource);
+    Georeference world = loaded.georeference;
+    if (!world.placed) world.FrameInCells(cellSize, raster.height);
 
     out << std::fixed << std::setprecision(2);
     out << "input       " << input << " (" << loaded.description << ")\n"
         << "            " << raster.width << " x " << raster.height << " cells, " << withData
-        << " with data, heights " << lowest << " ... " << highest << ", cell size " << options.cellSize << "\n";
+        << " with data, heights " << lowest << " ... " << highest << ", cell size " << cellSize << " "
+        << cellSizeSource << "\n";
+    if (loaded.format == RasterFormat::Gdal) out << "            " << Describe(loaded.georeference) << "\n";
 
-    const RoadSettings settings{options.points, options.cellSize, !options.keepLowest};
+    RoadSettings settings{options.points, cellSize, !options.keepLowest,
+                          [&progress](const char* stage) { progress.Stage(stage); }};
     const RoadResult road = RunSurfaceRoad(raster, settings);
     ZrCIncrementalDelaunay2D& d = *road.triangulation;
     out << "vertices    " << d.GetNumVertices() << ": " << road.borderVertices << " on the border, "
@@ -85,6 +109,7 @@ int Run(const Options& options, std::ostream& out)
         << "triangles   " << road.triangles << ", scan-converted on five worker threads keeping the "
         << (settings.keepMax ? "highest" : "lowest") << " height per cell\n";
 
+    progress.Stage("comparing");
     start = std::chrono::steady_clock::now();
     const Difference diff = CompareRasters(raster, road.surface);
     const double compareSeconds = SecondsSince(start);
@@ -92,21 +117,25 @@ int Run(const Options& options, std::ostream& out)
     if (diff.unreached > 0) out << "; " << diff.unreached << " cells with data no triangle reached";
     out << "\n";
 
+    progress.Stage("writing into " + options.outputDirectory);
     start = std::chrono::steady_clock::now();
-    const Outputs files = OutputNames(options, input);
-    WritePfm(files.pfm, road.surface);
-    WritePgm16(files.pgm, road.surface);
-    WriteFieldArchive(files.field, road.surface);
-    WriteObj(files.obj, d, options.cellSize);
+    const WorldMesh mesh = MeshInWorld(d, raster, settings, world);
+    const WrittenFiles files = WriteResults(options, input, {loaded, road.surface, mesh, world});
     const double writeSeconds = SecondsSince(start);
 
+    out << "mesh        " << mesh.vertices.size() << " vertices, " << mesh.triangles.size() << " triangles; "
+        << mesh.note << (loaded.georeference.placed ? "" : ", in cells times the cell size") << "\n";
+    if (files.errorRange) {
+        out << "error map   result minus input: white 0, red +" << *files.errorRange << ", blue -"
+            << *files.errorRange << " in height units; " << files.errorBeyond
+            << " cells lie beyond and show at the ends\n";
+    }
+    if (!files.picturesNote.empty()) out << "pictures    " << files.picturesNote << "\n";
     out << std::setprecision(3) << "time s      read " << readSeconds << ", store " << road.storeSeconds
         << ", triangulate " << road.triangulateSeconds << ", scan-convert " << road.scanSeconds << ", compare "
-        << compareSeconds << ", write " << writeSeconds << "\n"
-        << "wrote       " << files.pfm << "\n"
-        << "            " << files.pgm << "\n"
-        << "            " << files.field << "\n"
-        << "            " << files.obj << "\n";
+        << compareSeconds << ", write " << writeSeconds << "\n";
+    for (std::size_t i = 0; i < files.paths.size(); ++i)
+        out << (i == 0 ? "wrote       " : "            ") << files.paths[i] << "\n";
     return 0;
 }
 
@@ -114,27 +143,30 @@ int Run(const Options& options, std::ostream& out)
 
 std::string FindBundledInput()
 {
+    const std::string name = BundledInputName(BuiltWithGdal());
     std::vector<fs::path> candidates;
 #ifdef TRIANGULATE_FIELD_DATA_DIR
-    candidates.push_back(fs::path(TRIANGULATE_FIELD_DATA_DIR) / kBundledName);
+    candidates.push_back(fs::path(TRIANGULATE_FIELD_DATA_DIR) / name);
 #endif
     std::error_code ec;
     const fs::path executable = fs::read_symlink("/proc/self/exe", ec);
     if (!ec) {
         // build/<preset>/tools/<program>/<program> lies four folders below
-        // the sources.
+        // the sources, and an installed bin/<program> one below share/.
         fs::path folder = executable.parent_path();
-        for (int up = 0; up < 5 && !folder.empty(); ++up, folder = folder.parent_path())
-            candidates.push_back(folder / "data" / kBundledName);
+        for (int up = 0; up < 5 && !folder.empty(); ++up, folder = folder.parent_path()) {
+            candidates.push_back(folder / "data" / name);
+            candidates.push_back(folder / "share" / "vekdll" / name);
+        }
     }
-    candidates.push_back(fs::path("data") / kBundledName);
+    candidates.push_back(fs::path("data") / name);
     for (const fs::path& candidate : candidates) {
         if (fs::is_regular_file(candidate, ec)) return candidate.string();
     }
     return "";
 }
 
-int RunTriangulateField(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+int RunTriangulateField(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool errIsTerminal)
 {
     try {
         const Options options = ParseCommandLine(args);
@@ -142,7 +174,8 @@ int RunTriangulateField(const std::vector<std::string>& args, std::ostream& out,
             out << HelpText();
             return 0;
         }
-        return Run(options, out);
+        Progress progress(err, errIsTerminal);
+        return Run(options, out, progress);
     } catch (const ToolError& e) {
         err << "triangulate_field: " << e.what() << "\n";
         return 2;

@@ -164,11 +164,16 @@ RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& setting
     result.triangulation = std::make_unique<ZrCIncrementalDelaunay2D>();
     ZrCIncrementalDelaunay2D& d = *result.triangulation;
 
+    const auto stage = [&](const char* name) {
+        if (settings.stage) settings.stage(name);
+    };
+    stage("storing vertices");
     auto start = std::chrono::steady_clock::now();
     StoreVertices(d, input, SpacingFor(input.width, input.height, settings.points), settings.cellSize, result);
     result.storeSeconds = SecondsSince(start);
     if (d.GetNumVertices() < 3) throw ToolError("fewer than 3 cells hold data");
 
+    stage("triangulating");
     start = std::chrono::steady_clock::now();
     d.Triangulate(d.GetNumVertices(), true, true);
     result.triangulateSeconds = SecondsSince(start);
@@ -177,6 +182,7 @@ RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& setting
     // Heights were divided by the cell size; a z cell of 1 / size brings
     // them back. Cells that no triangle reaches get not-a-number, the
     // program's "no data", so that a true height of 0 stays one.
+    stage("scan-converting");
     start = std::chrono::steady_clock::now();
     d.CalcBoundingBox();
     d.SetScanConvResolution(1.0f, 1.0f, static_cast<float>(1.0 / settings.cellSize));
@@ -186,6 +192,11 @@ RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& setting
     result.surface = OntoInputCells(field, origin, input.width, input.height);
     result.scanSeconds = SecondsSince(start);
     return result;
+}
+
+RasterPoint OnInput(const SSEPoint& vertex, const HeightRaster& input, const RoadSettings& settings)
+{
+    return {vertex.x, input.height - 1 - static_cast<double>(vertex.y), vertex.z * settings.cellSize};
 }
 
 Difference CompareRasters(const HeightRaster& input, const HeightRaster& result)

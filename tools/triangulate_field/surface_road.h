@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "height_raster.h"
+#include "vekdll/foundation/sse_point.h"
 
 class ZrCIncrementalDelaunay2D;
 
@@ -14,6 +16,8 @@ struct RoadSettings {
     int points;
     double cellSize;
     bool keepMax;
+    // Told the name of each stage as it begins; may be empty.
+    std::function<void(const char*)> stage;
 };
 
 // One surface through the library: the input's border and a staggered
@@ -42,6 +46,16 @@ struct RoadResult {
 
 // Throws ToolError for an input that cannot be triangulated.
 RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& settings);
+
+// Where a vertex of the triangulation lies on the input: its column, its
+// row counted from the top, and its height in the input's units.
+struct RasterPoint {
+    double column;
+    double row;
+    double height;
+};
+
+RasterPoint OnInput(const SSEPoint& vertex, const HeightRaster& input, const RoadSettings& settings);
 
 // How far the result departs from the input over the cells where both hold
 // data.
