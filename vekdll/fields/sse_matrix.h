@@ -51,8 +51,8 @@ public:
     // field can be returned from a function and assigned from a temporary
     // without two owners of one image. Like the copy, a move releases nothing
     // that the destination held, which may still be shared with the field it
-    // was assigned from; Reset a field that owns its image alone before
-    // moving another one into it.
+    // was assigned from: a field that owns its image alone is moved out first
+    // (into a field that goes out of scope), which releases image and spans.
     CSSEMatrix(CSSEMatrix&& other) noexcept;
     CSSEMatrix& operator=(CSSEMatrix&& other) noexcept;
 

@@ -72,6 +72,7 @@ CSSE3dPolygon& CSSE3dPolygon::operator=(const CSSE3dPolygon& other) = default;
 
 CSSE3dPolygon::CSSE3dPolygon(CSSE3dPolygon&& other) : CSSE3dPolygon()
 {
+    // `other` is left with the box block just made and no points.
     SwapWith(other);
 }
 
