@@ -67,7 +67,9 @@ int Refused(const std::vector<BYTE>& bytes)
     Fill(k, 2, kTwoClasses);
     const int cause = LoadFailureCause(k, bytes);
     EXPECT_TRUE(cause == CArchiveException::none || (k.TrainingSet.IsEmpty() && k.NumClasses == 0));
-    if (!k.TrainingSet.IsEmpty()) EXPECT_EQ(k.TrainingSet.GetTail()->NumFeatures, k.NumFeatures);
+    if (!k.TrainingSet.IsEmpty()) {
+        EXPECT_EQ(k.TrainingSet.GetTail()->NumFeatures, k.NumFeatures);
+    }
     return cause;
 }
 
