@@ -4,7 +4,6 @@
 // training sets of planar elements.
 
 #include <algorithm>
-#include <initializer_list>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -13,7 +12,7 @@
 
 namespace vek::test {
 
-inline ZrCKlassenelement* NewElement(std::initializer_list<float> features, int classId)
+inline ZrCKlassenelement* NewElement(const std::vector<float>& features, int classId)
 {
     auto* e = new ZrCKlassenelement(static_cast<int>(features.size()), classId);
     std::copy(features.begin(), features.end(), e->Features);

@@ -67,7 +67,9 @@ int Refused(const std::vector<BYTE>& bytes)
     Fill(k, 2, kTwoClasses);
     const int cause = LoadFailureCause(k, bytes);
     EXPECT_TRUE(cause == CArchiveException::none || (k.TrainingSet.IsEmpty() && k.NumClasses == 0));
-    for (POSITION pos = k.TrainingSet.GetHeadPosition(); pos != nullptr;) EXPECT_EQ(k.TrainingSet.GetNext(pos)->NumFeatures, k.NumFeatures);
+    if (!k.TrainingSet.IsEmpty()) {
+        EXPECT_EQ(k.TrainingSet.GetTail()->NumFeatures, k.NumFeatures);
+    }
     return cause;
 }
 
@@ -79,13 +81,15 @@ TEST(ZrCKlassifikatorArchive, TruncatedNegativeAbsurdMixedAndRandomStreamsThrowA
     for (std::size_t size = 0; size < valid.size(); ++size) {
         EXPECT_NE(Refused(std::vector<BYTE>(valid.begin(), valid.begin() + static_cast<long>(size))), CArchiveException::none) << size;
     }
-    // Negative counts, classes and lengths, counts far beyond the stream
-    // (refused before anything is allocated for them), lengths 1 and 2 in one set.
+    // Negative counts, classes and lengths, and counts far beyond the stream,
+    // refused before anything is allocated for them; a second element whose
+    // length reaches beyond the stream, after a first of another length.
     for (const auto& ints : {BytesOf(-1, 2), BytesOf(0, -3), BytesOf(1, 2, -4, 0), BytesOf(0x7FFFFFFF, 2, 1, 0),
-                             BytesOf(1, 2, 0x7FFFFFFF, 0), BytesOf(2, 2, 1, 0, 0, 2, 0, 0, 0)}) {
+                             BytesOf(1, 2, 0x7FFFFFFF, 0), BytesOf(2, 2, 1, 0, 0, 3, 0, 0, 0)}) {
         EXPECT_EQ(Refused(ints), CArchiveException::badIndex) << ints.size() << " bytes";
     }
     EXPECT_EQ(Refused(BytesOf(0, 4)), CArchiveException::none);
+    EXPECT_EQ(Refused(BytesOf(2, 2, 1, 0, 0, 2, 0, 0, 0)), CArchiveException::none) << "lengths 1 and 2 in one set";
     // Random streams and valid ones with a few bytes changed; the check is in Refused.
     std::mt19937 engine(4711);
     for (int trial = 0; trial < 400; ++trial) {
@@ -125,6 +129,35 @@ TEST(ZrCKlassifikatorFiles, SavedFilesLoadBackMissingOnesChangeNothingAndDialogs
     k.SaveTrainingsData((folder / "no/such/folder/set.cls").string());
     EXPECT_EQ(hooks.messages, std::vector<std::string>{"ZrCKlassifikator::SaveTrainingsData: File could not be opened %s\n"});
     std::filesystem::remove_all(folder);
+}
+
+// Length, class and features of each element, in list order.
+std::vector<std::pair<int, std::vector<float>>> ElementsOf(const ZrCKlassifikator& k)
+{
+    std::vector<std::pair<int, std::vector<float>>> elements;
+    for (POSITION pos = k.TrainingSet.GetHeadPosition(); pos != nullptr;) {
+        const ZrCKlassenelement* e = k.TrainingSet.GetNext(pos);
+        elements.emplace_back(e->ClassId, std::vector<float>(e->Features, e->Features + e->NumFeatures));
+    }
+    return elements;
+}
+
+TEST(ZrCKlassifikatorFiles, ASetOfMixedLengthsLoadsBackElementByElementWithTheLastLength)
+{
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / ("vekdll_mixed_" + std::to_string(::getpid()) + ".cls");
+    const std::vector<std::pair<int, std::vector<float>>> shortFirst = {{1, {1.5f, -2.0f}}, {0, {3.0f, 4.0f, 5.0f}}};
+    // NumFeatures follows the last element, not the longest one.
+    for (const auto& [elements, lastLength] : {std::pair{shortFirst, 3}, std::pair{decltype(shortFirst){shortFirst[1], shortFirst[0]}, 2}}) {
+        ZrCKlassifikator k, loaded;
+        k.setNumClasses(2);
+        for (const auto& [classId, features] : elements) k.AddEntryTrainingset(NewElement(features, classId));
+        k.SaveTrainingsData(file.string());
+        loaded.Trained = true;
+        ASSERT_NO_THROW(loaded.LoadTrainingsData(file.string()));
+        EXPECT_EQ(ElementsOf(loaded), elements);
+        EXPECT_EQ(std::tuple(loaded.NumFeatures, loaded.NumClasses, loaded.Trained), std::tuple(lastLength, 2, false));
+    }
+    std::filesystem::remove(file);
 }
 
 } // namespace

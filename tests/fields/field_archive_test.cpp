@@ -96,7 +96,7 @@ TEST(CSSEMatrixArchive, StoreAndLoadReportOnlyFilesThatCannotBeOpened)
     ASSERT_TRUE(loaded.Load(path("field.bin")));
     EXPECT_EQ(AllStored(loaded), AllStored(m));
 
-    m = FieldOf(3, 5, Tag);
+    Replace(m, FieldOf(3, 5, Tag));
     EXPECT_FALSE(m.Load(path("missing.bin")));
     EXPECT_FALSE(m.Load(folder.string())) << "a folder";
     EXPECT_FALSE(m.Store(path("no/such/folder/field.bin")));

@@ -90,6 +90,15 @@ inline CSSEMatrix WithPoints(int sizeX, int sizeY, float background, std::initia
     for (const auto& [x, row, v] : points) Stored(m, x, row) = v;
     return m;
 }
+// Gives `m` the image of `next` in place of its own. A move, like the
+// assignment it stands for, releases nothing that the target held, so the old
+// image (and span array) is first moved out into a field that releases it.
+template <class Field>
+void Replace(Field& m, Field&& next)
+{
+    const Field released(std::move(m));
+    m = std::move(next);
+}
 inline CSSEMatrix CopyOf(const CSSEMatrix& m)
 {
     CSSEMatrix copy;

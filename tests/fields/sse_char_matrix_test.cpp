@@ -49,7 +49,7 @@ TEST(CSSEcharMatrixStorage, PixelsAreClampedAndTheImageIsCopiedDeeplySharedOrMov
     *shared = m;
     shared->SetPoint(3, 19, 42);
     EXPECT_EQ(AllStored(copy), expected);
-    CSSEcharMatrix target(4, 4);
+    CSSEcharMatrix target;
     target = std::move(m);
     CSSEcharMatrix moved(std::move(target));
     EXPECT_EQ(moved.GetPoint(3, 19), 42);
@@ -103,7 +103,7 @@ TEST(CSSEcharMatrixCombine, SubtractionWrapsAndNewColumnsOrAFrameSurroundTheImag
     m.ElongateRight(3);
     m.ElongateRight(-4);
     EXPECT_EQ(AllStored(m), AllStored(ByteField(8, 18, [](int x, int row) { return x < 2 ? ByteTag(0, 0) : x < 5 ? ByteTag(x - 2, row) : ByteTag(2, 0); })));
-    m = Numbered(3, 4, 0);
+    Replace(m, Numbered(3, 4, 0));
     m.EmbedinValueFrame(2, 1, 9);
     m.EmbedinValueFrame(-1, 2, 9);
     EXPECT_EQ(AllStored(m), AllStored(ByteField(5, 8, [](int x, int row) { return x >= 1 && x <= 3 && row >= 2 && row <= 5 ? 10 * (row - 2) + x - 1 : 9; })));

@@ -82,14 +82,14 @@ TEST(FieldArithmetic, RowsColumnsAndBlocksOfFourKeepTheirBounds)
     CSSEMatrix m = WithPoints(6, 7, 5.0f, {{4, 1, 1.0f}});
     m.TresholdAbove(2.0f, 9.0f, 3); // every lane of the columns before the first becomes 0
     ExpectLanes(m, [](int x, int row) { return x < 3 || (x == 4 && row == 1) ? 0.0f : 9.0f; });
-    m = WithPoints(6, 7, 3.0f, {{2, 6, 1.0f}});
+    Replace(m, WithPoints(6, 7, 3.0f, {{2, 6, 1.0f}}));
     m.ReplaceLineAbove(2.0f, 8.0f, 100); // clamped to row 6
     ExpectLanes(m, [](int x, int row) { return row != 6 ? 3.0f : x == 2 ? 1.0f : 8.0f; });
 
     // Column 0: rows 0 to 3 hold 5, 5, 5, 6, so the whole vector goes.
     // Column 1: all four within the tolerance stay. Column 2: a stray value
     // in rows 4 to 7, another line, leaves rows 0 to 3 alone.
-    m = WithPoints(3, 7, 5.0f, {{0, 3, 6.0f}, {1, 2, 5.09f}, {2, 4, 4.8f}});
+    Replace(m, WithPoints(3, 7, 5.0f, {{0, 3, 6.0f}, {1, 2, 5.09f}, {2, 4, 4.8f}}));
     m.EraseOtherValuePixels(5.0f, 0.1f);
     ExpectLanes(m, [](int x, int row) { return (x == 0 && row < 4) || (x == 2 && row >= 4) ? 0.0f : x == 1 && row == 2 ? 5.09f : 5.0f; });
 }
@@ -107,7 +107,7 @@ TEST(FieldArithmetic, ScaledAndByteStencilsReadTheRoundedClampedMaskPixel)
 
     // A 2 x 2 byte mask under a 4 x 3 field at scale 1, clamped: column 0
     // reads 5 and 100 and stays; the others read 4 and -3, a signed byte.
-    m = Filled(4, 3, 2.0f);
+    Replace(m, Filled(4, 3, 2.0f));
     m.Stencil(FieldOf<CSSEcharMatrix>(2, 2, [](int x, int row) { return row == 0 ? 5 - x : x == 0 ? 100 : -3; }), 1.0f, 1.0f);
     ExpectLanes(m, [](int x, int row) { return row < 3 && x >= 1 ? 0.0f : 2.0f; });
 }
@@ -148,7 +148,7 @@ TEST(FieldStatistics, CountsAndSumsTakeEveryLaneAndKeepTheirOrderOfAdditions)
     // One vector of 1e8, -4, 4, 4. In single precision 1e8 + 4 rounds back
     // to 1e8 (ties to even, a step of 8), but 1e8 + 8 doesn't; at 3e8 the
     // step is 32.
-    m = FieldOf(1, 3, [](int, int row) { return row == 0 ? 1e8f : row == 1 ? -4.0f : 4.0f; });
+    Replace(m, FieldOf(1, 3, [](int, int row) { return row == 0 ? 1e8f : row == 1 ? -4.0f : 4.0f; }));
     EXPECT_EQ(m.IntegrateMatrixAbsolute(), 100000008.0f);             // (l0 + l3) + (l2 + l1)
     EXPECT_EQ(m.CalcAbsSum(), 100000000.0f);                          // ((l0 + l1) + l2) + l3
     EXPECT_EQ(m.IntegrateMatrix(), 100000000.0f);                     // (1e8 + 4) + (4 - 4)
@@ -156,7 +156,7 @@ TEST(FieldStatistics, CountsAndSumsTakeEveryLaneAndKeepTheirOrderOfAdditions)
     EXPECT_EQ(m.IntegrateMatrixAbsolute(-1.0f, 1.0f), -100000008.0f); // the amounts are scaled, not the pixels
     // Lane sums run over the lines in order: 1e8 first, then 4 + 4 + 4 in
     // the next lines never grows it.
-    m = FieldOf(2, 12, [](int x, int row) { return x == 0 && row % 4 == 0 ? (row == 0 ? 1e8f : 4.0f) : 0.0f; });
+    Replace(m, FieldOf(2, 12, [](int x, int row) { return x == 0 && row % 4 == 0 ? (row == 0 ? 1e8f : 4.0f) : 0.0f; }));
     EXPECT_EQ(m.IntegrateMatrix(), 1e8f);
 }
 
@@ -186,9 +186,9 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
     EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValues), std::vector<float>(want, want + 2));
     EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), std::vector<float>(want + 2, want + 4));
     // 7 x 12 is searched in column 3 of rows 4 to 11.
-    m = WithPoints(7, 12, 0.0019f, {{3, 5, -0.0019f}});
+    Replace(m, WithPoints(7, 12, 0.0019f, {{3, 5, -0.0019f}}));
     EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{kMaxSentinel, kMinSentinel}));
-    m = WithPoints(7, 12, 0.0019f, {{3, 6, 0.004f}, {3, 7, -0.00201f}});
+    Replace(m, WithPoints(7, 12, 0.0019f, {{3, 6, 0.004f}, {3, 7, -0.00201f}}));
     EXPECT_EQ(maxMin(m, &CSSEMatrix::CalcMinMaxValuesExcludeZero), (std::vector<float>{0.004f, -0.00201f}));
 
     // 20 x 24: six lines. The patch (2 .. 15, 5 .. 21) searches lines
@@ -200,14 +200,14 @@ TEST(FieldExtremes, SearchesEqualAPlainScanOfTheirShrunkenWindows)
         (m.*search)(&got, x0, x1, y0, y1);
         return got;
     };
-    m = FieldOf(20, 24, [](int x, int y) { return static_cast<float>(100 * y + x); });
+    Replace(m, FieldOf(20, 24, [](int x, int y) { return static_cast<float>(100 * y + x); }));
     EXPECT_EQ((std::vector<float>{patch(&CSSEMatrix::CalcMaxValueOfPatch, 2, 15, 5, 21), patch(&CSSEMatrix::CalcMinValueOfPatch, 2, 15, 5, 21),
                                   patch(&CSSEMatrix::CalcMaxValueOfPatch, -50, 1000, 0, 1000), patch(&CSSEMatrix::CalcMaxValueOfPatch, 0, 6, 0, 23)}),
               (std::vector<float>{1511, 805, 1515, kMaxSentinel}));
     // In a patch -0.005 < p < 0.005 is no data.
-    m = WithPoints(20, 24, 0.0049f, {{5, 6, -0.0049f}});
+    Replace(m, WithPoints(20, 24, 0.0049f, {{5, 6, -0.0049f}}));
     EXPECT_EQ(patch(&CSSEMatrix::CalcMinValueOfPatchExcludeZero, 0, 13, 0, 15), kMinSentinel);
-    m = WithPoints(20, 24, 0.0049f, {{5, 5, 0.0051f}});
+    Replace(m, WithPoints(20, 24, 0.0049f, {{5, 5, 0.0051f}}));
     EXPECT_EQ(patch(&CSSEMatrix::CalcMinValueOfPatchExcludeZero, 0, 13, 0, 15), 0.0051f);
 }
 
@@ -237,12 +237,12 @@ TEST(FieldEraseFrame, PeelsOnePixelOffEachAreaReadingTheFieldAsItWas)
     EXPECT_EQ(RowsOf(m), (Picture{"1111111", "1111111", "1122211", "11111.1", "11111.."}));
     EXPECT_EQ(RowsOf(removed), (Picture{".......", ".......", ".......", ".....1.", "......."}));
     // An area in empty space loses its rim; a value close to 0 is data.
-    m = FromRows({".......", ".33333.", ".33333.", ".33333.", "......."});
+    Replace(m, FromRows({".......", ".33333.", ".33333.", ".33333.", "......."}));
     m.SetPoint(3, 2, 1e-30f); // shown as '0'
     m.EraseFrame(nullptr);
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".......", "..303..", ".......", "......."}));
     // With a mask its four-neighbours decide, not its centre.
-    m = Filled(5, 5, 5.0f);
+    Replace(m, Filled(5, 5, 5.0f));
     const CSSEMatrix mask = FromRows({"11111", "11.11", "11111", "11111", "1111."});
     m.EraseFrameWithMask(&mask);
     EXPECT_EQ(RowsOf(m), (Picture{"55555", "5.5.5", "55.55", "55555", "55555"}));
@@ -250,10 +250,10 @@ TEST(FieldEraseFrame, PeelsOnePixelOffEachAreaReadingTheFieldAsItWas)
     // Inner pixels other than 7 become 7 where the other field is greater
     // (Max), or 0 where it is smaller (Min).
     const CSSEMatrix other = FromRows({"99999", "93199", "99999", "99999"});
-    m = FromRows({"22222", "22272", "22222", "22222"});
+    Replace(m, FromRows({"22222", "22272", "22222", "22222"}));
     m.EraseWithMatrixMax(&other, 7.0f);
     EXPECT_EQ(RowsOf(m), (Picture{"22222", "27272", "27772", "22222"}));
-    m = FromRows({"22222", "22272", "22222", "22222"});
+    Replace(m, FromRows({"22222", "22272", "22222", "22222"}));
     m.EraseWithMatrixMin(&other, 0.0f);
     EXPECT_EQ(RowsOf(m), (Picture{"22222", "22.72", "22222", "22222"}));
 }

@@ -33,10 +33,9 @@ TEST(CSSEMatrixStorage, CreateRefusesAssignmentSharesAndMoveHandsTheImageOver)
     UnownedAlias<CSSEMatrix> alias;
     *alias = m;
     alias->SetPoint(1, 129, 9.0f);
-    // A move takes image, spans and row state, releases the target's own
-    // image, and leaves the source empty.
+    // A move takes image, spans and row state and leaves the source empty.
     m.GetFromToArray().CalcArray(m, 0, 6);
-    CSSEMatrix target = Filled(3, 3, 1.0f);
+    CSSEMatrix target;
     target = std::move(m);
     EXPECT_EQ(std::pair(m.GetMatrixDataDirectly() == nullptr, m.GetFromToArray().GetNumEntries()), std::pair(true, 0));
     CSSEMatrix moved(std::move(target));
@@ -75,7 +74,7 @@ TEST(CSSEMatrixPixels, ReadsClampToTheImageAndWritesClampTheirCentreSoTheFootpri
         for (int x : {-100, 0, 1, 2, 6, 7, 8, 50}) {
             for (int y : {-7, 0, 1, 2, 8, 9, 10, 11, 40}) {
                 SCOPED_TRACE(testing::Message() << "write " << (&w - writes) << " at (" << x << ", " << y << ")");
-                m = FieldOf(9, 11, pattern);
+                Replace(m, FieldOf(9, 11, pattern));
                 (m.*w.write)(x, y, 4.5f);
                 const int cx = std::clamp(x, w.left, 8 - w.right);
                 const int cy = std::clamp(y, w.reach, 10 - w.reach);
@@ -99,7 +98,7 @@ TEST(CSSEMatrixPixels, ClearRowAndProcessedRowFillReachOnlyTheirRows)
     // it: from mid-line, from the last lane of a line, before any row, past
     // the last row, and into a last line of pure padding.
     for (const auto& [sizeY, rowProcessed, carried] : {std::tuple{13, 5, 5}, {13, 7, 7}, {13, -3, 0}, {13, 100, 12}, {12, 11, 11}}) {
-        m = FieldOf(3, sizeY, Tag);
+        Replace(m, FieldOf(3, sizeY, Tag));
         m.SetRowProcessed(rowProcessed);
         m.FillMatrixWithProcessedRow();
         ExpectLanes(m, [carried = carried](int x, int row) { return Tag(x, std::min(row, carried)); });
@@ -206,7 +205,7 @@ TEST(CImgFromToArray, SpansOfChangeAreFoundPerLineAndCombinedAroundARow)
     // Six lines with the pairs (i + 1, 10 + i). With h = 1, GetFromToCoords
     // takes y as a pair index (clamped) and IsPositionInArray as a row (5 is
     // in line 1, (2, 11)); a row outside the field lies in no span.
-    m = FieldOf(20, 24, [](int x, int row) { return row % 4 == 0 && row < 24 && x > row / 4 && x <= 9 + row / 4 ? 1.0f : 0.0f; });
+    Replace(m, FieldOf(20, 24, [](int x, int row) { return row % 4 == 0 && row < 24 && x > row / 4 && x <= 9 + row / 4 ? 1.0f : 0.0f; }));
     spans.CalcArray(m, 0, 19);
     EXPECT_EQ(coords(spans, 100, 1), Span(6, 15));
     EXPECT_EQ(coords(spans, -4, 1), Span(1, 10));

@@ -17,7 +17,7 @@ TEST(FieldMorphology, FourNeighbourhoodOnlyAndTheFrameBecomesZero)
     m.SimpleMaximumFilter();
     EXPECT_EQ(Stored(m, 3, 7), 0.0f);
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".29992.", ".22922.", ".22222.", "......."}));
-    m = FromRows(peakAndPit);
+    Replace(m, FromRows(peakAndPit));
     m.SimpleMinimumFilter();
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".22222.", ".22221.", ".22211.", "......."}));
 }
@@ -74,7 +74,7 @@ TEST(PartialMedian, RimOfTheRangeIsCopiedAndTheRestOfTheTargetCleared)
     // The whole-field median keeps the rim, unlike the morphology filters.
     // At (1, 2) the neighbourhood 5 5 9 / 5 9 9 / 5 5 9 has the median 5,
     // but the partial sort leaves a 9 in the middle.
-    src = FromRows({"55555", "55955", "59995", "55955", "55555"});
+    Replace(src, FromRows({"55555", "55955", "59995", "55955", "55555"}));
     src.SimpleMedianFilter();
     EXPECT_EQ(RowsOf(src), (Picture{"55555", "55555", "59595", "55555", "55555"}));
 }
@@ -113,7 +113,7 @@ TEST(FieldMaskFilter, CorrelatesCentredAndLeavesTheUnreachedFrame)
     m.MaskFilter(out, mask, true); // divided by the absolute sum 8
     EXPECT_EQ(out.GetPoint(2, 1), 22.0f / 8.0f);
     // An out of another size is made anew, and so its frame is 0.
-    out = Filled(2, 2, 9.0f);
+    Replace(out, Filled(2, 2, 9.0f));
     m.MaskFilter(out, mask, false);
     EXPECT_EQ(RowsOf(out)[3], ".....");
     // A mask of absolute sum 0, normalised, divides by 0 unguarded.
@@ -147,12 +147,12 @@ TEST(FieldDerivatives, ForwardDifferencesOverAllLanesLeaveTheLastColumnOrLine)
     ExpectLanes(m, [](int x, int row) { return x == 4 ? static_cast<float>(8 + row) : 2.0f; });
     // Rows 0 to 3 take the row below, row 3 from the next line; the last
     // line (rows 4 to 7) keeps its values.
-    m = FieldOf(5, 6, [](int x, int row) { return static_cast<float>(x + 3 * row); });
+    Replace(m, FieldOf(5, 6, [](int x, int row) { return static_cast<float>(x + 3 * row); }));
     m.CalcDerivativeY();
     ExpectLanes(m, [](int x, int row) { return row < 4 ? 3.0f : static_cast<float>(x + 3 * row); });
     // With a height of 8 the last line is padding only, so the last image
     // row is differenced against the padding lane below it.
-    m = FieldOf(1, 8, [](int, int row) { return row == 8 ? 2.0f : 5.0f; });
+    Replace(m, FieldOf(1, 8, [](int, int row) { return row == 8 ? 2.0f : 5.0f; }));
     m.CalcDerivativeY();
     EXPECT_EQ(m.GetPoint(0, 7), -3.0f);
 }
@@ -174,16 +174,16 @@ TEST(FieldChamfer, StepsOfThreeAndFourWithWholeColumnMasksAndAClearedFrame)
 
     // Seeds lie within 0.002 of 1; 0 is far away; other values are upper
     // bounds: 2 where 9 would come, and 1.003, neither seed nor far.
-    m = FieldOf(24, 16, [](int x, int y) { return y != 8 ? 0.0f : x == 6 ? 1.0015f : x == 9 ? 2.0f : x == 10 ? 1.003f : 0.0f; });
+    Replace(m, FieldOf(24, 16, [](int x, int y) { return y != 8 ? 0.0f : x == 6 ? 1.0015f : x == 9 ? 2.0f : x == 10 ? 1.003f : 0.0f; }));
     m.Chamfer();
     EXPECT_EQ((std::vector<float>{m.GetPoint(7, 8), m.GetPoint(9, 8), m.GetPoint(11, 8)}), (std::vector<float>{3.0f, 2.0f, 1.003f + 3.0f}));
     // A seed in the outermost column reaches the row below it, 4 then 3 a
     // step to the left, but no row further down: only the backward pass
     // carries it, and that climbs away from it.
-    m = WithPoints(24, 24, 0.0f, {{23, 10, 1.0f}});
+    Replace(m, WithPoints(24, 24, 0.0f, {{23, 10, 1.0f}}));
     m.Chamfer();
     EXPECT_EQ((std::vector<float>{m.GetPoint(18, 11), m.GetPoint(18, 12)}), (std::vector<float>{4 + 4 * 3, 99999.9f}));
-    m = Filled(12, 12, 0.0f); // no seed at all
+    Replace(m, Filled(12, 12, 0.0f)); // no seed at all
     m.Chamfer();
     EXPECT_EQ(m.GetPoint(5, 5), 99999.9f);
 }
@@ -200,14 +200,14 @@ TEST(FieldThinning, LinesAndTwoNeighbourCornersStayAndThickBarsShrinkToTheirMidd
 
     // (3, 2), beside the notch, has seven neighbours set, one more than a
     // pixel that goes may have.
-    m = FromRows({"......", ".1111.", ".111..", ".1111.", "......"});
+    Replace(m, FromRows({"......", ".1111.", ".111..", ".1111.", "......"}));
     m.ZhangSuen(0.5f);
     EXPECT_EQ(RowsOf(m), (Picture{"......", "...11.", ".111..", "...11.", "......"}));
     // Bars of 3 and 5 rows over columns 2 to 12 leave one run on the middle
     // row. The first sub-iteration takes pixels off the south and east rims,
     // the second off the north and west ones: the runs end unevenly.
     for (const auto& [half, middle] : {std::pair{1, "..111111111...."}, {2, "...1111111....."}}) {
-        m = FieldOf(15, 9, [h = half](int x, int y) { return x >= 2 && x <= 12 && std::abs(y - 4) <= h ? 1.0f : 0.0f; });
+        Replace(m, FieldOf(15, 9, [h = half](int x, int y) { return x >= 2 && x <= 12 && std::abs(y - 4) <= h ? 1.0f : 0.0f; }));
         m.ZhangSuen(0.5f);
         Picture expected(9, std::string(15, '.'));
         expected[4] = middle;

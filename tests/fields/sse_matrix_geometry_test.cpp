@@ -83,14 +83,14 @@ TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutA
     CSSEMatrix m = WithPoints(50, 60, 0.0f, {{19, 30, 2}, {30, 30, 2}, {25, 19, 2}, {25, 44, 2}});
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
     EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{0, 0})) << "hits in the margin only";
-    m = WithPoints(50, 60, 0.0f, {{19, 30, 2}, {30, 30, 2}, {25, 19, 2}, {25, 44, 2}, {22, 38, 1}, {22, 39, 3}, {26, 21, 3}});
+    Replace(m, WithPoints(50, 60, 0.0f, {{19, 30, 2}, {30, 30, 2}, {25, 19, 2}, {25, 44, 2}, {22, 38, 1}, {22, 39, 3}, {26, 21, 3}}));
     m.FindFirstPoint(at[0], at[1], 1.0f, true);
     EXPECT_EQ(std::vector<int>(at, at + 2), (std::vector<int>{22, 38})) << "the first column, then the lowest lane";
 
     // FindFirstPointLined on 6 x 30 climbs from line 6 to line 2 (rows 27
     // ... 8), strictly beyond t, to the lowest lane of the first line that
     // hits; 0 without a hit or outside the field.
-    m = FieldOf(6, 30, [](int x, int y) { return x != 3 ? 0.0f : y == 28 || y == 7 ? 9.0f : y == 9 || y == 22 || y == 23 ? 5.0f : y == 25 ? 4.0f : 0.0f; });
+    Replace(m, FieldOf(6, 30, [](int x, int y) { return x != 3 ? 0.0f : y == 28 || y == 7 ? 9.0f : y == 9 || y == 22 || y == 23 ? 5.0f : y == 25 ? 4.0f : 0.0f; }));
     for (const auto& [x, t, above, y] : {std::tuple{3, 5.5f, true, 0}, {3, 4.0f, true, 22}, {3, 4.5f, false, 24}, {6, -1.0f, true, 0}}) {
         m.FindFirstPointLined(x, at[1], t, above);
         EXPECT_EQ(at[1], y) << x << ", " << t;
@@ -98,7 +98,7 @@ TEST(CSSEMatrixScans, ColumnScansKeepTheirMarginsAndRowScansReturnTheEndWithoutA
 
     // Along a row, from the first argument to the second, both included;
     // equal is no hit; the row is clamped; positions outside read the rim.
-    m = FieldOf(10, 5, [](int x, int y) { return static_cast<float>(y == 2 ? x : 10 - x); });
+    Replace(m, FieldOf(10, 5, [](int x, int y) { return static_cast<float>(y == 2 ? x : 10 - x); }));
     EXPECT_EQ((std::vector<int>{m.FindPointFromLeft(5, 9, 2, 5.0f, true), m.FindPointFromLeft(0, 4, 2, 4.5f, true), m.FindPointFromLeft(0, 9, 100, 4.5f, false),
                                 m.FindPointFromRight(9, 6, 2, 4.5f, false), m.FindPointFromRight(2, 7, 2, 0.0f, true), m.FindPointFromLeft(-3, 9, 2, 0.5f, false),
                                 m.FindPointFromRight(15, 0, 2, 4.5f, false), m.FindPointFromLeft(-2000000000, 2000000000, 2, 100.0f, true)}),
@@ -154,7 +154,7 @@ void ExpectMaskProtects(Value set, Value tiny)
     ExpectPainted(m, true, 20, 40, {25, 30});
     for (const auto& [sizeX, sizeY] : {std::pair{3, 39}, {4, 40}}) {
         mask.Create(sizeX, sizeY);
-        m = ColumnField(false);
+        Replace(m, ColumnField(false));
         m.DrawFirstPointLinedUseMask(1, 0.0f, false, 7.0f, y, mask, 0);
         EXPECT_EQ(y, 16);
         ExpectPainted(m, false, 0, 0);

@@ -11,16 +11,30 @@ using namespace vek::test;
 
 namespace {
 
-TEST(CSSE2dPolygon, AssignmentSharesMovesExchangeAndFreeKeepsTheCountButDropsThePoints)
+TEST(CSSE2dPolygon, AssignmentSharesMovesHandOverAndFreeKeepsTheCountButDropsThePoints)
 {
     CSSE2dPolygon polygon;
     Fill(polygon, {{0, 0}, {1, 1}, {2, 2}});
     UnownedAlias<CSSE2dPolygon> alias; // only `polygon` releases the arrays
     *alias = polygon;
     alias->SetPoint(1, 42, 43);
+    {
+        // Handed on by assignment, then given another polygon: a move releases
+        // nothing the target held, so the points stay `polygon`'s
+        // (AddressSanitizer checks the reads below).
+        CSSE2dPolygon shared;
+        shared = polygon;
+        shared = CSSE2dPolygon();
+        EXPECT_EQ(shared.GetNumPoints(), 0);
+    }
+    // Moved on, the points leave empty polygons behind that take points again.
     CSSE2dPolygon moved(std::move(polygon)), target;
-    target.Create(2);
     target = std::move(moved);
+    EXPECT_EQ(std::pair(polygon.GetNumPoints(), moved.GetNumPoints()), std::pair(0, 0));
+    Fill(moved, {{5, 6}});
+    t_h2dpoint refilled{-1, -1};
+    moved.GetPoint(0, refilled);
+    EXPECT_EQ(std::pair(refilled.x, refilled.y), std::pair(5.0f, 6.0f));
     t_h2dpoint p{-1, -1};
     target.GetPoint(1, p);
     EXPECT_EQ(std::pair(p.x, p.y), std::pair(42.0f, 43.0f));

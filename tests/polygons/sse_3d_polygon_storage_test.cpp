@@ -35,9 +35,16 @@ TEST(CSSE3dPolygonLife, CreateAndFreeKeepTheBoxBlockAndTheirFlagRules)
     EXPECT_EQ(PointsOf(CSSE3dPolygon(chain, 3)), (std::vector<Xyz>{{0, 100, 0}, {3, 103, 0}, {6, 106, 0}}));
 }
 
-TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
+// A polygon along the x axis with its box: TopRight (n - 1, 0, 0).
+CSSE3dPolygon Line(int n)
 {
-    const auto line = [](int n) { CSSE3dPolygon l = PolygonOf(Row(n)); l.CalcBoundingBox(); return l; };
+    CSSE3dPolygon line = PolygonOf(Row(n));
+    line.CalcBoundingBox();
+    return line;
+}
+
+TEST(CSSE3dPolygonLife, CopiesAreDeepAndAssignmentShares)
+{
     CSSE3dPolygon source = PolygonOf({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
     t_resolutiondata resolution{2, 3, 4};
     source.NormalizeXYZ(resolution);
@@ -48,7 +55,7 @@ TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
     copy.GetPointNormalizedSSE(2, normalized);
     EXPECT_EQ(std::tuple(copy.IsBoundingBoxCalculated(), Lanes(copy.GetTopRight()), normalized.z), std::tuple(false, Lanes4{7, 8, 9, 0}, 36.0f));
     // CreateSimilar takes the flag as it is; from itself it changes nothing.
-    CSSE3dPolygon similar = line(9);
+    CSSE3dPolygon similar = Line(9);
     similar.CreateSimilar(&source);
     similar.CreateSimilar(&similar);
     EXPECT_TRUE(similar.IsBoundingBoxCalculated());
@@ -63,12 +70,41 @@ TEST(CSSE3dPolygonLife, CopiesAreDeepAssignmentSharesMovesExchange)
         // One set of points and one box block, but the flag is a copied value.
         EXPECT_EQ(std::pair(source.GetTopRight().x, source.IsBoundingBoxCalculated()), std::pair(50.0f, false));
     });
+}
 
-    CSSE3dPolygon target = line(3);
-    target = line(9);
-    CSSE3dPolygon moved(std::move(target));
-    target = line(2); // the source keeps a usable box block
-    EXPECT_EQ(std::pair(moved.GetTopRight().x, target.GetTopRight().x), std::pair(8.0f, 1.0f));
+// Under AddressSanitizer a read of points or box released by the wrong party
+// would report, and so would a second release at the end.
+TEST(CSSE3dPolygonLife, MovesReleaseNothingTheTargetSharedAndLeaveTheSourceANewPolygon)
+{
+    const CSSE3dPolygon source = Line(5);
+    // Handed on by assignment, then given another polygon: points and box stay
+    // the source's. The target's own box block went with the assignment, so
+    // the test keeps it aside.
+    CSSE3dPolygon target;
+    WithOwnBytesKeptAndTakenReleased(target, [&] {
+        target = source;
+        target = Line(3);
+        EXPECT_EQ(std::pair(PointsOf(target), Lanes(target.GetTopRight())), std::pair(Row(3), Lanes4{2, 0, 0, 0}));
+    });
+    EXPECT_EQ(std::tuple(PointsOf(source), Lanes(source.GetTopRight()), source.IsBoundingBoxCalculated()), std::tuple(Row(5), Lanes4{4, 0, 0, 0}, true));
+
+    // Moved from, a polygon is a new one: no points, a zeroed box block of its
+    // own to compute, copy and release.
+    CSSE3dPolygon made = Line(4);
+    CSSE3dPolygon moved(std::move(made));
+    WithOwnBytesKeptAndTakenReleased(target, [&] {
+        target = std::move(moved);
+        CSSE3dPolygon& same = target;
+        target = std::move(same); // onto itself: nothing changes
+        EXPECT_EQ(std::pair(PointsOf(target), Lanes(target.GetTopRight())), std::pair(Row(4), Lanes4{3, 0, 0, 0}));
+    });
+    for (CSSE3dPolygon* emptied : {&made, &moved}) {
+        EXPECT_EQ(std::tuple(emptied->GetNumPoints(), emptied->IsBoundingBoxCalculated(), Lanes(emptied->GetTopRight())), std::tuple(0, false, Lanes4{}));
+        Fill(*emptied, {{1, 2, 3}});
+        emptied->CalcBoundingBox();
+        const CSSE3dPolygon copy(*emptied);
+        EXPECT_EQ(Lanes(copy.GetTopRight()), (Lanes4{1, 2, 3, 0}));
+    }
 }
 
 TEST(CSSE3dPolygonPoints, OutOfRangeReadsLeaveOrZeroAndOnlyWritesThatTakeEffectClearTheFlag)

@@ -104,7 +104,7 @@ TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeigh
     // near 10 and 89, nor 35 ... 46; but near 98 ... 1 round the start, or 20 ... 30.
     std::vector<vek::test::Xyz> strip = vek::test::Row(50);
     for (int i = 49; i >= 0; --i) strip.push_back({static_cast<float>(i), 2.0f, 0.0f});
-    line = PolygonOf(strip);
+    const CSSE3dPolygon closedStrip = PolygonOf(strip);
     const std::pair<t_hdelaunaytriangle*, bool> stretches[] = {
         {AddTriangle(d, P(10, 0, 0), P(11, 0, 0), P(10, 2, 0)), false},
         {AddTriangle(d, P(35, 0, 0), P(46, 0, 0), P(40, 0.5f, 0)), false},
@@ -112,7 +112,7 @@ TEST(CheckTrianguleAndProcessList, TrianglesNearThePolygonAreMarkedAndTheirNeigh
         {AddTriangle(d, P(20, 0, 0), P(30, 0, 0), P(25, 0.5f, 0)), true},
     };
     for (const auto& [t, near] : stretches) {
-        d.CheckTrianguleAndProcessList(t, nullptr, &queue, 1.0f, 0.0f, line);
+        d.CheckTrianguleAndProcessList(t, nullptr, &queue, 1.0f, 0.0f, closedStrip);
         EXPECT_EQ(t->Ignore, near) << t->Vertex[0];
     }
 }

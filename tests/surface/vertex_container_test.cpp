@@ -170,10 +170,10 @@ TEST(VertexContainer, MatchingACoarseClosedPolygonWithAFineOne)
     ZrCSSEVertexContainer::FindClosedPolygonSafe(PolygonOf({{5, -1, 0}}), square, map);
     EXPECT_EQ(vek::test::PointsOf(square), (std::vector<Xyz>{corners[1], corners[2], corners[3], corners[0]}));
     EXPECT_EQ(std::vector<int>(map, map + 4), (std::vector<int>{1, 2, 3, 0}));
-    square = PolygonOf(corners);
+    CSSE3dPolygon unturned = PolygonOf(corners);
     int fresh[4] = {0, 1, 2, 3};
-    ZrCSSEVertexContainer::FindClosedPolygonSafe(PolygonOf({{-1, 2, 0}}), square, fresh);
-    EXPECT_EQ(std::pair(vek::test::PointOf(square, 0), fresh[0]), std::pair(corners[0], 0));
+    ZrCSSEVertexContainer::FindClosedPolygonSafe(PolygonOf({{-1, 2, 0}}), unturned, fresh);
+    EXPECT_EQ(std::pair(vek::test::PointOf(unturned, 0), fresh[0]), std::pair(corners[0], 0));
 
     // The fine line is the square resampled, `map` where each corner went.
     const CSSE3dPolygon coarse = PolygonOf(corners);

@@ -50,9 +50,10 @@ public:
     //     int count, int NumClasses,
     //     count x { int NumFeatures, int ClassId, NumFeatures x float }.
     // Models are not stored: a loaded classifier must be trained again.
-    // Loading replaces the training set. A stream that is truncated, holds a
-    // negative count or NumClasses, more elements or features than it has
-    // bytes for, or elements of different lengths throws CArchiveException;
+    // Loading replaces the training set; each element gets the length it was
+    // stored with, and NumFeatures is that of the last one. A stream that is
+    // truncated, holds a negative count, NumClasses or length, or more
+    // elements or features than it has bytes for throws CArchiveException;
     // the classifier is then left empty.
     void Serialize(CArchive& ar);
 

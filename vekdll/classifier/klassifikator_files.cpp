@@ -62,17 +62,13 @@ void ZrCKlassifikator::LoadElements(CArchive& ar)
         ar.RequireReadable(count, kElementHeaderBytes);
         NumClasses = numClasses;
 
-        int firstLength = -1;
         for (int i = 0; i < count; ++i) {
             int numFeatures = 0;
             int classId = 0;
             ar >> numFeatures >> classId;
-            // All vectors of one training set have one length; a file that
-            // mixes lengths was not written by a training set.
-            if (firstLength >= 0 && numFeatures != firstLength) {
-                AfxThrowArchiveException(CArchiveException::badIndex);
-            }
-            firstLength = numFeatures;
+            // Each element keeps the length it was stored with: a set may mix
+            // lengths, and the last element gives NumFeatures, as when the
+            // elements were added one by one.
             ar.RequireReadable(numFeatures, sizeof(float));
             auto e = std::make_unique<ZrCKlassenelement>(numFeatures, classId);
             for (int f = 0; f < numFeatures; ++f) ar >> e->Features[f];

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <utility>
 
 #include "vekdll/fields/pixel_store.h"
 #include "vekdll/fields/sse_matrix.h"
+#include "vekdll/foundation/member_copy_move.h"
 #include "vekdll/foundation/safe_alloc.h"
 
 namespace {
@@ -46,11 +46,7 @@ CImgFromToArray::~CImgFromToArray()
 
 CImgFromToArray& CImgFromToArray::operator=(CImgFromToArray&& other) noexcept
 {
-    if (this == &other) return *this;
-    FreeArray();
-    Array = std::exchange(other.Array, nullptr);
-    NumEntries = std::exchange(other.NumEntries, 0);
-    return *this;
+    return vek::detail::MoveByMemberCopy(*this, other);
 }
 
 void CImgFromToArray::AllocArray(int sizeY)

@@ -31,7 +31,8 @@ public:
     // so it is not offered.
     CImgFromToArray(const CImgFromToArray&) = delete;
     CImgFromToArray& operator=(const CImgFromToArray& other) = default;
-    // Releases this array and takes over that of `other`, which is left empty.
+    // Takes over the array of `other`, which is left empty. The array this
+    // object held is not released, as by the copy: it may be shared.
     CImgFromToArray& operator=(CImgFromToArray&& other) noexcept;
 
     // Finds the changing span of every line of `m` that holds image rows,

@@ -46,8 +46,11 @@ public:
     // moving a field whose source is forgotten afterwards (never used nor
     // destroyed again). The copy constructor is the deep copy.
     CSSEcharMatrix& operator=(const CSSEcharMatrix& other) = default;
-    // Moving is the safe form of that use: the destination releases its own
-    // image and takes over that of `other`, which is left without one.
+    // Moving is the safe form of that use: the destination takes over every
+    // member of `other` in the same way, and `other` is left empty, so that it
+    // releases nothing. Like the copy, a move releases nothing that the
+    // destination held (it may be shared with the field it was assigned
+    // from); Free a field that owns its image alone before moving into it.
     CSSEcharMatrix(CSSEcharMatrix&& other) noexcept;
     CSSEcharMatrix& operator=(CSSEcharMatrix&& other) noexcept;
 

@@ -5,6 +5,7 @@
 #include "vekdll/fields/byte_lanes.h"
 #include "vekdll/fields/sse_char_matrix.h"
 #include "vekdll/fields/sse_matrix.h"
+#include "vekdll/foundation/member_copy_move.h"
 #include "vekdll/platform/framework_exceptions.h"
 
 static_assert(static_cast<char>(-1) < 0, "the byte field reads its pixels as signed chars");
@@ -80,16 +81,12 @@ void CSSEcharMatrix::ClearRow(int y, unsigned char v)
 
 CSSEcharMatrix::CSSEcharMatrix(CSSEcharMatrix&& other) noexcept
 {
-    *this = std::move(other);
+    vek::detail::MoveByMemberCopy(*this, other);
 }
 
 CSSEcharMatrix& CSSEcharMatrix::operator=(CSSEcharMatrix&& other) noexcept
 {
-    if (this == &other) return *this;
-    Free();
-    SwapImage(other);
-    LastCorrelationError = other.LastCorrelationError;
-    return *this;
+    return vek::detail::MoveByMemberCopy(*this, other);
 }
 
 void CSSEcharMatrix::SwapImage(CSSEcharMatrix& other)

@@ -45,10 +45,14 @@ public:
     // value, so there is none.
     CSSEMatrix(const CSSEMatrix&) = delete;
     CSSEMatrix& operator=(const CSSEMatrix& other) = default;
-    // Moving is the safe form of that use: the destination releases its own
-    // image and span array and takes over those of `other`, which is left
-    // empty (as after Reset). So a field can be returned from a function and
-    // assigned from a temporary without two owners of one image.
+    // Moving is the safe form of that use: the destination takes over every
+    // member of `other` in the same way, and `other` is left empty (as after
+    // Reset, with an empty span array), so that it releases nothing. So a
+    // field can be returned from a function and assigned from a temporary
+    // without two owners of one image. Like the copy, a move releases nothing
+    // that the destination held, which may still be shared with the field it
+    // was assigned from: a field that owns its image alone is moved out first
+    // (into a field that goes out of scope), which releases image and spans.
     CSSEMatrix(CSSEMatrix&& other) noexcept;
     CSSEMatrix& operator=(CSSEMatrix&& other) noexcept;
 

@@ -1,8 +1,7 @@
 #include "vekdll/fields/sse_matrix.h"
 
-#include <utility>
-
 #include "vekdll/fields/line_blocks.h"
+#include "vekdll/foundation/member_copy_move.h"
 #include "vekdll/platform/framework_exceptions.h"
 
 static_assert(CSSEMatrix::kLinesPerField == vek::detail::kLinesPerBlock && CSSEMatrix::kMaxFields == vek::detail::kMaxBlocks);
@@ -14,17 +13,12 @@ CSSEMatrix::~CSSEMatrix()
 
 CSSEMatrix::CSSEMatrix(CSSEMatrix&& other) noexcept
 {
-    *this = std::move(other);
+    vek::detail::MoveByMemberCopy(*this, other);
 }
 
 CSSEMatrix& CSSEMatrix::operator=(CSSEMatrix&& other) noexcept
 {
-    if (this == &other) return *this;
-    const int rowProcessed = other.RowProcessed;
-    TakeImageFrom(other); // leaves `other` as after Reset
-    RowProcessed = rowProcessed;
-    FromToArray = std::move(other.FromToArray);
-    return *this;
+    return vek::detail::MoveByMemberCopy(*this, other);
 }
 
 void CSSEMatrix::Create(int sizeX, int sizeY)

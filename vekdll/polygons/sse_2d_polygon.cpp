@@ -1,7 +1,6 @@
 #include "vekdll/polygons/sse_2d_polygon.h"
 
-#include <utility>
-
+#include "vekdll/foundation/member_copy_move.h"
 #include "vekdll/polygons/polygon_blocks.h"
 #include "vekdll/polygons/polygon_scans.h"
 
@@ -21,15 +20,12 @@ CSSE2dPolygon& CSSE2dPolygon::operator=(const CSSE2dPolygon& other) = default;
 
 CSSE2dPolygon::CSSE2dPolygon(CSSE2dPolygon&& other) noexcept : CSSE2dPolygon()
 {
-    *this = std::move(other);
+    vek::detail::MoveByMemberCopy(*this, other);
 }
 
 CSSE2dPolygon& CSSE2dPolygon::operator=(CSSE2dPolygon&& other) noexcept
 {
-    std::swap(PointsX, other.PointsX);
-    std::swap(PointsY, other.PointsY);
-    std::swap(NumPoints, other.NumPoints);
-    return *this;
+    return vek::detail::MoveByMemberCopy(*this, other);
 }
 
 void CSSE2dPolygon::Create(int numPoints)

@@ -12,7 +12,9 @@ public:
     ~CSSE2dPolygon();
     // Shallow, as for the spatial polygon: both objects then share the arrays.
     CSSE2dPolygon& operator=(const CSSE2dPolygon& other);
-    // Moving exchanges the arrays, so that each is released once.
+    // Moving takes over the arrays and the count of `other` in the same way
+    // and leaves `other` empty, so that each array is released once. Like the
+    // copy, it releases nothing that this polygon held, which may be shared.
     CSSE2dPolygon(CSSE2dPolygon&& other) noexcept;
     CSSE2dPolygon& operator=(CSSE2dPolygon&& other) noexcept;
 

@@ -31,11 +31,15 @@ public:
     // Shallow: afterwards both objects own the same arrays and box block, so
     // only one of them may be destroyed.
     CSSE3dPolygon& operator=(const CSSE3dPolygon& other);
-    // Moving exchanges the two objects' arrays and box blocks, so that each
-    // is released once: a polygon can be returned from a function and
-    // assigned from a temporary.
+    // Moving takes over every member of `other`, box block included, as the
+    // shallow copy does, and leaves `other` as a new polygon with a box block
+    // of its own, so that each allocation is released once: a polygon can be
+    // returned from a function and assigned from a temporary. Like the copy,
+    // a move releases nothing that this polygon held (it may be shared), so
+    // its own box block stays allocated; both may throw CMemoryException
+    // for the new box block, before anything has changed.
     CSSE3dPolygon(CSSE3dPolygon&& other);
-    CSSE3dPolygon& operator=(CSSE3dPolygon&& other) noexcept;
+    CSSE3dPolygon& operator=(CSSE3dPolygon&& other);
 
     void Create(int numPoints);
     // x, y and z of every point, the box points and the box flag of `src`.

@@ -72,12 +72,20 @@ CSSE3dPolygon& CSSE3dPolygon::operator=(const CSSE3dPolygon& other) = default;
 
 CSSE3dPolygon::CSSE3dPolygon(CSSE3dPolygon&& other) : CSSE3dPolygon()
 {
+    // `other` is left with the box block just made and no points.
     SwapWith(other);
 }
 
-CSSE3dPolygon& CSSE3dPolygon::operator=(CSSE3dPolygon&& other) noexcept
+CSSE3dPolygon& CSSE3dPolygon::operator=(CSSE3dPolygon&& other)
 {
-    SwapWith(other);
+    if (this == &other) return *this;
+    // What this polygon held may be shared through an earlier assignment, so
+    // it is not handed to `other` for release: `other` gets a new box block.
+    CSSE3dPolygon emptied; // allocates before anything changes
+    *this = other;
+    other = emptied;
+    // `emptied` has no arrays; without its box block it releases nothing.
+    emptied.TopRight = emptied.BottomLeft = emptied.GeometricCenter = emptied.TopRight2D = emptied.BottomLeft2D = nullptr;
     return *this;
 }
 
