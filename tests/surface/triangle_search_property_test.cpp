@@ -129,6 +129,12 @@ TEST(TriangleSearch, IndexedAndWalkedInsertionGiveTheSameLists)
     PointSet world = f.Lattice(12, 12);
     for (SSEPoint& p : world) p = vek::test::P(376313.66f + 30.0f * p.x, 3807917.8f - 30.0f * p.y);
     ExpectSameBothWays("world coordinates", world, {});
+    // Dense points far from the origin, where the float circle test
+    // contradicts itself and edges flip back and forth until the sweeps'
+    // bound: the indexed mode cuts such cycles short, the walk runs them.
+    PointSet dense = f.Uniform(500, 2.0f);
+    for (SSEPoint& p : dense) p = vek::test::P(1000.0f + p.x, 1000.0f + p.y);
+    ExpectSameBothWays("dense far out", dense, {});
 }
 
 // The grid must hand out every circle that holds a point by the float test

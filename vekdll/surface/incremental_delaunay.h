@@ -15,6 +15,8 @@ class ZrCIncrementalDelaunay2D;
 
 namespace vek::detail {
 struct IndexedCircle;
+template <class T>
+class SweepCycleWatch;
 struct ScanLattice;
 template <class Owner>
 struct ScanWorkerRecord;
@@ -275,6 +277,7 @@ private:
     // The two Delaunay sweeps; with `checkFan` a flip that would make an
     // edge twice is not done.
     void SweepAffected(bool checkFan);
+    int SweepOnce(bool checkFan, vek::detail::SweepCycleWatch<t_hdelaunaytriangle>* watch);
     // Triangles an insertion frees are retired, not freed: on a point set
     // where the float decisions disagree with each other (points a few
     // thousandths of a cell apart far from the origin, coincident corners of

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/sweep_cycle_watch.h"
 #include "vekdll/surface/working_list_index.h"
 
 // The circle through a, b and c in x-y. There is no guard against three
@@ -88,38 +89,67 @@ void ZrCIncrementalDelaunay2D::LegalizeEdgesWithNeighbourCheck()
 // sweeps as vertices. All triangles whose circle held the new vertex are in
 // the affected list, which makes the sweep local and enough. A sweep that
 // does not settle leaves a valid graph that is not fully Delaunay.
+//
+// Sweeps that have not settled after a few rounds are watched for a cycle
+// (see SweepCycleWatch): once one shows, only the rest of the last period
+// before the bound is run, which ends exactly where all the sweeps would.
+// The linear search mode, the reference, runs every sweep.
 void ZrCIncrementalDelaunay2D::SweepAffected(bool checkFan)
 {
+    constexpr int kSweepsBeforeWatching = 8;
+    vek::detail::SweepCycleWatch<t_hdelaunaytriangle> watch;
+    const bool mayShortenCycles = GetSearchMode() == vek::SearchMode::Indexed;
     for (int sweep = 0; sweep < NumVertices; ++sweep) {
-        int flips = 0;
-        for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
-            t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
-            if (triangle == nullptr) continue;
-            // Later sides of a flipped triangle are tested against its new record.
-            for (int side = 0; side < 3; ++side) {
-                t_hdelaunaytriangle* neighbour = triangle->Neighbour[side];
-                if (neighbour == nullptr || neighbour->IgnoreSearch) continue;
-                const ESharedSide sideOfNeighbour = FindCommonSide(side, triangle, neighbour);
-                if (sideOfNeighbour == eSideNone) {
-                    // A link without a shared side: on sides 1 and 2 it still
-                    // counts as a flip, which keeps the sweep going until its
-                    // bound. The asymmetry is kept as the graph has it.
-                    if (side != 0) ++flips;
-                    continue;
-                }
-                const int opposite = OppositeCorner(neighbour, sideOfNeighbour);
-                if (!InCircumCircle(opposite, triangle)) continue;
-                if (checkFan) {
-                    const int corner = OppositeCorner(triangle, side);
-                    const int cornerIndex = triangle->Vertex[0] == corner ? 0 : (triangle->Vertex[1] == corner ? 1 : 2);
-                    if (FindTrianglesWithCommonVertex(corner, triangle, cornerIndex, opposite)) continue;
-                }
-                FlipSharedEdge(triangle, side, neighbour, sideOfNeighbour);
-                CalcCircumCircle(triangle);
-                CalcCircumCircle(neighbour);
-                ++flips;
-            }
+        const bool watching = mayShortenCycles && sweep >= kSweepsBeforeWatching;
+        if (SweepOnce(checkFan, watching ? &watch : nullptr) == 0) return;
+        if (!watching) continue;
+        const int period = watch.EndOfSweep();
+        if (period == 0) continue;
+        for (int left = (NumVertices - 1 - sweep) % period; left > 0; --left) {
+            if (SweepOnce(checkFan, nullptr) == 0) return;
         }
-        if (flips == 0) break;
+        return;
     }
+}
+
+// One sweep; returns the number of flips, as the sweep's bound counts them.
+int ZrCIncrementalDelaunay2D::SweepOnce(bool checkFan, vek::detail::SweepCycleWatch<t_hdelaunaytriangle>* watch)
+{
+    int flips = 0;
+    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
+        t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+        if (triangle == nullptr) continue;
+        // Later sides of a flipped triangle are tested against its new record.
+        for (int side = 0; side < 3; ++side) {
+            t_hdelaunaytriangle* neighbour = triangle->Neighbour[side];
+            if (neighbour == nullptr || neighbour->IgnoreSearch) continue;
+            const ESharedSide sideOfNeighbour = FindCommonSide(side, triangle, neighbour);
+            if (sideOfNeighbour == eSideNone) {
+                // A link without a shared side: on sides 1 and 2 it still
+                // counts as a flip, which keeps the sweep going until its
+                // bound. The asymmetry is kept as the graph has it.
+                if (side != 0) ++flips;
+                continue;
+            }
+            const int opposite = OppositeCorner(neighbour, sideOfNeighbour);
+            if (!InCircumCircle(opposite, triangle)) continue;
+            if (checkFan) {
+                const int corner = OppositeCorner(triangle, side);
+                const int cornerIndex = triangle->Vertex[0] == corner ? 0 : (triangle->Vertex[1] == corner ? 1 : 2);
+                if (FindTrianglesWithCommonVertex(corner, triangle, cornerIndex, opposite)) continue;
+            }
+            if (watch != nullptr) {
+                // The flip writes both records and the back links of their neighbours.
+                for (const t_hdelaunaytriangle* record : {triangle, neighbour}) {
+                    watch->Touch(record);
+                    for (const t_hdelaunaytriangle* around : record->Neighbour) watch->Touch(around);
+                }
+            }
+            FlipSharedEdge(triangle, side, neighbour, sideOfNeighbour);
+            CalcCircumCircle(triangle);
+            CalcCircumCircle(neighbour);
+            ++flips;
+        }
+    }
+    return flips;
 }
