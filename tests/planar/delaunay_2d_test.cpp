@@ -10,6 +10,7 @@
 #include <tuple>
 #include <vector>
 
+#include "planar/hull_faces.h"
 #include "support/exit_guard.h"
 #include "support/polygon_points.h"
 #include "support/recorded_hooks.h"
@@ -37,16 +38,6 @@ struct GridPoint {
     auto operator<=>(const GridPoint&) const = default;
 };
 using Triple = std::array<int, 3>;
-
-std::vector<tFaceStructure*> FacesOf(const CH2DDelaunay& d)
-{
-    std::vector<tFaceStructure*> faces;
-    for (tFaceStructure* f = d.GetFaces(); f != nullptr && faces.size() < 1000000; f = f->Next) {
-        faces.push_back(f);
-        if (f->Next == d.GetFaces()) break;
-    }
-    return faces;
-}
 
 GridPoint At(const tFaceStructure* f, int i)
 {
