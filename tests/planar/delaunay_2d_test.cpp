@@ -149,29 +149,6 @@ TEST(CH2DDelaunay, FivePointsLeaveTheirDelaunayTrianglesAndTheUpperHullsEdges)
     tFaceStructure* entry = d.GetFaces();
     d.CalcDelaunayTriangulation();
     EXPECT_EQ(std::tuple(hooks.messages.size(), d.GetFaces(), FacesOf(d).size()), std::tuple(1u, entry, 4u));
-
-    // The normal's z of a face by hand: (1, 0) x (0, 1) on the grid.
-    tVertexStructure corners[3]{};
-    corners[1].Coordinate[0] = 1;
-    corners[2].Coordinate[1] = 1;
-    tFaceStructure face{};
-    for (int i = 0; i < 3; ++i) face.Vertex[i] = &corners[i];
-    EXPECT_EQ(d.NormZ(&face), 1);
-    std::swap(face.Vertex[1], face.Vertex[2]);
-    EXPECT_EQ(d.NormZ(&face), -1);
-
-    // Two points on one grid place give one vertex, the first's.
-    OpenDelaunay twice;
-    twice.AppendVertex(1.0f, 2.0f, 7, false);
-    twice.AppendVertex(1.04f, 2.0f, 9, true);
-    for (int i = 1; i < 4; ++i) twice.AppendVertex(five.X(i), five.Y(i), i, false);
-    twice.CalcDelaunayTriangulation();
-    std::set<std::tuple<GridPoint, int, bool>> corner;
-    for (const tFaceStructure* f : FacesOf(twice)) {
-        for (int i = 0; i < 3; ++i) corner.insert({At(f, i), f->Vertex[i]->Index, f->Vertex[i]->IsTop});
-    }
-    EXPECT_EQ(corner.count({GridPoint{10, 20}, 7, false}), 1u);
-    EXPECT_EQ(corner.size(), 4u);
 }
 
 TEST(CH2DDelaunay, RandomPointsGiveTheTrianglesOfTheIncrementalTriangulation)
