@@ -15,6 +15,7 @@
 #include "support/polygon_points.h"
 #include "support/recorded_hooks.h"
 #include "support/sse_lanes.h"
+#include "support/unowned_alias.h"
 #include "vekdll/mesh/triangulation.h"
 #include "vekdll/planar/delaunay_2d.h"
 #include "vekdll/surface/incremental_delaunay.h"
@@ -324,6 +325,11 @@ TEST(CH2DDelaunay, BandTestDropsFacesBeyondTheLimitLinesButNeverTheEntry)
     expected.insert(Sorted(entry->Vertex[0]->Index, entry->Vertex[1]->Index, entry->Vertex[2]->Index));
     EXPECT_EQ(IndexTriples(d), expected);
     EXPECT_EQ(std::tuple(d.GetFaces(), d.GetNumFaces()), std::tuple(entry, 3));
+    // Copies share the rings and the limit lines.
+    UnownedAlias<OpenDelaunay> alias;
+    *alias = d;
+    alias->TopBorder.SetPoint(0, 1.0f, 2.0f);
+    EXPECT_EQ(std::tuple(alias->GetFaces(), PointsOf(d.TopBorder)[0]), std::tuple(entry, Xyz{1, 2}));
 
     // An upper limit below everything drops every face but the ring's entry.
     OpenDelaunay all;

@@ -8,6 +8,7 @@
 
 #include "support/plane_geometry.h"
 #include "support/polygon_points.h"
+#include "support/unowned_alias.h"
 #include "vekdll/planar/polygon_triangulation_refinement.h"
 #include "vekdll/planar/polygon_triangulator.h"
 
@@ -111,6 +112,13 @@ TEST(CHPolygonTriangulationRefinement, TrianglesSplitOnTheirLongestSideTogetherW
     ASSERT_EQ(alone.GetNumTriangles(), 2);
     EXPECT_EQ(CornersOf(alone.GetTriangle(0)), (Corners{{2, 2}, {4, 0}, {4, 4}}));
     EXPECT_EQ(CornersOf(alone.GetTriangle(1)), (Corners{{0, 0}, {4, 0}, {2, 2}}));
+
+    // Assignment shares the list: the copy reads the same records.
+    OpenRefinement other(&single, 2.5f, 0);
+    WithOwnBytesKept(other, [&] {
+        other = refined;
+        EXPECT_EQ(std::tuple(other.GetNumTriangles(), other.GetTriangle(3)), std::tuple(4, four[3]));
+    });
 
     // Nothing to refine without a triangulator.
     OpenRefinement none(nullptr, 1.0f, 3);
