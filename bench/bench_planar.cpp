@@ -1,16 +1,27 @@
-// Ear clipping of wavy rings and both convex hulls of random point clouds.
-// Ear clipping and the spatial hull's input are quadratic by design: read
-// the growth off the rates.
+// Ear clipping of wavy rings, its refinement, both convex hulls of random
+// point clouds and the lifted Delaunay triangulation of random points. Ear
+// clipping and the spatial hull's input are quadratic by design: read the
+// growth off the rates. The lifted Delaunay puts every point on the hull, so
+// each added point visits about twice as many faces as there are points so
+// far; its "growth" counter is the measured exponent against the size ten
+// times smaller, from processor time. 100k points take minutes: set
+// VEKDLL_BENCH_LARGE=1 to include them.
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <map>
 #include <random>
 
 #include "smoke_run.h"
 #include "vekdll/planar/convex_hull_2d.h"
 #include "vekdll/planar/convex_hull_3d.h"
+#include "vekdll/planar/delaunay_2d.h"
+#include "vekdll/planar/polygon_triangulation_refinement.h"
 #include "vekdll/planar/polygon_triangulator.h"
+#include "vekdll/platform/user_hooks.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace {
@@ -89,6 +100,63 @@ void BM_ConvexHull3D(benchmark::State& state)
     SetRate(state, count, "points/s");
 }
 
+// Refinement of the ear clipping of a 1k-vertex ring to a maximal side of
+// twice the argument, in the ring's units (its segments are about 600 long).
+void BM_Refinement(benchmark::State& state)
+{
+    const float maxEdge = static_cast<float>(state.range(0));
+    CSSE3dPolygon ring;
+    MakeWavyRing(ring, 1 << 10);
+    const CHPolygonTriangulator clipped(&ring, 1, 1.0f, 1.0f, 1.0f, true);
+    int triangles = 0;
+    for (auto _ : state) {
+        CHPolygonTriangulationRefinement refined(const_cast<CHPolygonTriangulator*>(&clipped), maxEdge, 14);
+        triangles = refined.GetNumTriangles();
+        benchmark::DoNotOptimize(triangles);
+    }
+    state.counters["max side"] = 2.0 * maxEdge;
+    SetRate(state, triangles, "triangles/s");
+}
+
+// Processor seconds per triangulation, by point count, of the sizes run so far.
+std::map<int, double>& SecondsBySize()
+{
+    static std::map<int, double> seconds;
+    return seconds;
+}
+
+void BM_LiftedDelaunay(benchmark::State& state)
+{
+    const int count = static_cast<int>(state.range(0));
+    // The triangulation reports its time in a message box: not here.
+    const vek::MessageHandler previous = vek::SetMessageHandler([](const std::string&) {});
+    double seconds = 0.0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        CH2DDelaunay d;
+        // Pixel coordinates of a 1000 x 1000 field in tenths: the lifted
+        // orientation tests then stay within 64 bits, as the grid intends.
+        std::mt19937 random(2024);
+        for (int i = 0; i < count; ++i) {
+            d.AppendVertex(static_cast<float>(random() % 10000) * 0.1f, static_cast<float>(random() % 10000) * 0.1f, i,
+                           false);
+        }
+        state.ResumeTiming();
+        const std::clock_t start = std::clock();
+        d.CalcDelaunayTriangulation();
+        seconds += static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        benchmark::DoNotOptimize(d.GetNumFaces());
+    }
+    vek::SetMessageHandler(previous);
+    SetRate(state, count, "points/s");
+    const double perRun = seconds / static_cast<double>(state.iterations());
+    SecondsBySize()[count] = perRun;
+    const auto smaller = SecondsBySize().find(count / 10);
+    if (smaller != SecondsBySize().end() && smaller->second > 0.0) {
+        state.counters["growth"] = std::log(perRun / smaller->second) / std::log(10.0);
+    }
+}
+
 } // namespace
 
 // The smoke run keeps the smallest size of each: the larger ones take seconds.
@@ -106,6 +174,24 @@ void HullSizes(benchmark::internal::Benchmark* bench)
     bench->Unit(benchmark::kMillisecond);
 }
 
+void RefinementLimits(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(8000);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(4000)->Arg(2000);
+    bench->Unit(benchmark::kMillisecond);
+}
+
+void LiftedDelaunaySizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(1000);
+    if (!vek::bench::IsSmokeRun()) bench->Arg(10000);
+    const char* large = std::getenv("VEKDLL_BENCH_LARGE");
+    if (large != nullptr && large[0] == '1') bench->Arg(100000);
+    bench->Unit(benchmark::kMillisecond);
+}
+
 BENCHMARK(BM_EarClipping)->Apply(EarClippingSizes);
+BENCHMARK(BM_Refinement)->Apply(RefinementLimits);
+BENCHMARK(BM_LiftedDelaunay)->Apply(LiftedDelaunaySizes);
 BENCHMARK(BM_ConvexHull2D)->Apply(HullSizes);
 BENCHMARK(BM_ConvexHull3D)->Apply(HullSizes);

@@ -56,8 +56,11 @@
 #include "vekdll/planar/basis_fcns.h"
 #include "vekdll/planar/convex_hull_2d.h"
 #include "vekdll/planar/convex_hull_3d.h"
+#include "vekdll/planar/delaunay_2d.h"
+#include "vekdll/planar/dynamic_triangle.h"
 #include "vekdll/planar/hull_records.h"
 #include "vekdll/planar/planar_records.h"
+#include "vekdll/planar/polygon_triangulation_refinement.h"
 #include "vekdll/planar/polygon_triangulator.h"
 
 // classifier

@@ -11,6 +11,7 @@
 #include <tuple>
 #include <vector>
 
+#include "planar/hull_faces.h"
 #include "support/exit_guard.h"
 #include "support/sse_lanes.h"
 #include "vekdll/planar/convex_hull_3d.h"
@@ -25,16 +26,6 @@ class OpenHull : public CHConvexHull3D {
 public:
     using CHConvexHull3D::VertexCount;
 };
-
-std::vector<tFaceStructure*> FacesOf(const CHConvexHull3D& hull)
-{
-    std::vector<tFaceStructure*> faces;
-    for (tFaceStructure* f = hull.GetFaces(); f != nullptr && faces.size() < 100000; f = f->Next) {
-        faces.push_back(f);
-        if (f->Next == hull.GetFaces()) break;
-    }
-    return faces;
-}
 
 Grid Corner(const tFaceStructure* f, int i)
 {

@@ -5,13 +5,10 @@
 #include "vekdll/planar/grid_arithmetic.h"
 #include "vekdll/planar/hull_rings.h"
 
+using vek::detail::kPlanarGrid;
 using vek::detail::TruncateToGrid;
 
 namespace {
-
-// AppendVertex2D's grid: a tenth of a unit, which keeps the squares of
-// pixel coordinates far from overflow.
-constexpr double kPlanarGrid = 10.0;
 
 bool IsCorner(const tFaceStructure* f, int i)
 {

@@ -8,6 +8,10 @@
 
 namespace vek::detail {
 
+// The grid of lifted planar points: a tenth of a unit, which keeps the
+// squares of pixel coordinates far from overflow.
+inline constexpr double kPlanarGrid = 10.0;
+
 inline long long GridAdd(long long a, long long b)
 {
     return static_cast<long long>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
