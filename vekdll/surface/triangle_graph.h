@@ -38,7 +38,11 @@ concept HasOutsideFlag = requires(T t) { t.Outside; };
 //                                        working list; true if they were final
 //   void ReturnToFinalizedState(bool)    undoes that when given true
 //   CList<Triangle*>& PresentList()      the list that holds the triangles now
-// and the constant `kAngleFlipSetsFlipState`.
+// and the constant `kAngleFlipSetsFlipState`. The border and seam operations
+// further need SelectionList() (where a flood lists what it selects),
+// CompareVertexXY, ComputeNormalVectorsOfTriangles, CalcNormalDirection and
+// the constants kMidPointNearGap, kMidPointWideGap and
+// kBorderDistanceSearchStart, in which the two triangulations differ.
 //
 // The member definitions live in triangle_graph_*.inl and are compiled into
 // the library by one explicit instantiation per triangulation class.
@@ -187,6 +191,17 @@ public:
     // triangles that no front has reached (SortIndex -1); returns how many
     // triangles the loop has reached in all.
     int CountInnerTrianglesFromEdgeList(int steps, CountParams* params, int index);
+
+    // The state that the border and seam operations leave behind.
+    EdgeListType& GetBorderEdgesFirst() { return BorderEdgesFirst; }
+    EdgeListType& GetBorderEdgesSecond() { return BorderEdgesSecond; }
+    EdgeListType& GetOrderedBorderFirst() { return OrderedBorderFirst; }
+    EdgeListType& GetOrderedBorderSecond() { return OrderedBorderSecond; }
+    int GetOtherVertexStart() const { return OtherVertexStart; }
+    void SetOtherVertexStart(int start) { OtherVertexStart = start; }
+    bool IsFirstPolygonInverted() const { return FirstPolygonInverted; }
+    bool IsSecondPolygonInverted() const { return SecondPolygonInverted; }
+    const CSSE3dPolygon& GetCombinedMidPolygon() const { return CombinedMidPolygon; }
 
     // ---- joining two surfaces (triangle_graph_combination.inl)
     // Appends the vertices of `other` and copies of its triangles, linked
