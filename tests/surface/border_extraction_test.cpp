@@ -145,8 +145,9 @@ TEST(BorderLoops, AnOutsideNeighbourLeavesItsSideOpenAndBorderFlagsFollowOpenSid
     island->Border = true;
     CList<Edge*> edges;
     ZrCIncrementalDelaunay2D::FindOutsideEdgesOfBorderTriang(&d.GetTriangleList(), &edges);
-    // Four rim edges, and the sides of fan[1] and fan[3] towards fan[2].
-    EXPECT_EQ(edges.GetCount(), 6);
+    // Four rim edges, the sides of fan[1] and fan[3] towards fan[2], and
+    // the island's three.
+    EXPECT_EQ(edges.GetCount(), 9);
     ZrCIncrementalDelaunay2D::ClearEdgeList(&edges);
 
     // Before anything is copied in, the whole surface is the first half.

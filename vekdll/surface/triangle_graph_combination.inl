@@ -73,14 +73,23 @@ int TriangleGraph<D, T, E>::AppendVertexGrowing(const SSEPoint& point)
 }
 
 // Links every triangle of `triangles` that has an open side with the others
-// that carry one of its sides, until its three sides are taken.
+// that carry one of its sides, until its three sides are taken. Only open
+// slots on both sides are joined, so that a link once made is never
+// overwritten and every link stays returned.
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::LinkAmong(const std::vector<T*>& triangles)
 {
     for (T* triangle : triangles) {
         for (T* other : triangles) {
             if (FindNullNeighbour(triangle) == eSideNone) break;
-            if (other != triangle) FindNeighbours(triangle, other);
+            if (other == triangle) continue;
+            for (int sideA = 0; sideA < 3; ++sideA) {
+                if (triangle->Neighbour[sideA] != nullptr) continue;
+                const ESharedSide sideB = FindCommonSide(sideA, triangle, other);
+                if (sideB == eSideNone || other->Neighbour[sideB] != nullptr) continue;
+                triangle->Neighbour[sideA] = other;
+                other->Neighbour[sideB] = triangle;
+            }
         }
     }
 }

@@ -53,6 +53,19 @@ inline bool InTriangleXY(const SSEPoint& a, const SSEPoint& b, const SSEPoint& c
     return (f0 >= 0.0f && f1 >= 0.0f && f2 >= 0.0f) || (f0 <= 0.0f && f1 <= 0.0f && f2 <= 0.0f);
 }
 
+// Calls `visit` on each entry of `list` in order, also on those that a
+// visit appends: the next position is read only after the visit.
+template <class Record, class Visit>
+void ForEachGrowing(CList<Record*>& list, Visit visit)
+{
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+        const POSITION current = pos;
+        visit(list.GetAt(current));
+        pos = current;
+        list.GetNext(pos);
+    }
+}
+
 } // namespace vek::detail
 
 namespace vek {
@@ -93,12 +106,11 @@ void TriangleGraph<D, T, E>::BildAffectedTriangleListForDeleteAndShift(TriangleL
     in->RemoveAll();
     for (bool marked = true; marked;) {
         marked = false;
-        for (POSITION pos = out->GetHeadPosition(); pos != nullptr;) {
-            T* triangle = out->GetNext(pos);
-            if (triangle == nullptr || triangle->Processed) continue;
+        detail::ForEachGrowing(*out, [&](T* triangle) {
+            if (triangle == nullptr || triangle->Processed) return;
             detail::CheckTriangleNearPolygon(Vertices, triangle, out, distance, 0.0f, polygon);
             marked = marked || triangle->Ignore;
-        }
+        });
     }
     for (POSITION pos = out->GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
@@ -191,9 +203,8 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
     // Corners near the rim: all three mark the triangle for removal, some
     // move off; a triangle clear of the rim hands on its fans, so that the
     // walk spreads over the surface from where it started.
-    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
-        T* triangle = list.GetNext(pos);
-        if (triangle == nullptr || triangle->Processed || triangle->Ignore) continue;
+    detail::ForEachGrowing(list, [&](T* triangle) {
+        if (triangle == nullptr || triangle->Processed || triangle->Ignore) return;
         float distance[3];
         int index[3];
         bool isNear[3];
@@ -204,7 +215,7 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
         triangle->Processed = true;
         if (isNear[0] && isNear[1] && isNear[2]) {
             triangle->MaskArea = true;
-            continue;
+            return;
         }
         const int far = !isNear[0] ? 0 : (!isNear[1] ? 1 : 2);
         bool stays = true;
@@ -213,10 +224,10 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
         }
         if (!stays) {
             triangle->MaskArea = true;
-            continue;
+            return;
         }
         for (int k = 0; k < 3; ++k) FindTrianglesWithCommonVertex(triangle->Vertex[k], triangle, k, &list);
-    }
+    });
     // The triangles on the rim's path go at once; they open the surface
     // where the peeling below starts.
     CSSE3dPolygon coarse(rim);
