@@ -149,7 +149,7 @@ TEST(SubTriangulations, SlotsAreJoinedInOrderAcrossTheirCut)
             if (subs[k] != nullptr) {
                 const float x0 = k == 0 ? 0.0f : 1.0f;
                 for (SSEPoint p : {P(x0, 0), P(x0 + 1, 0), P(x0 + 1, 1), P(x0, 1)}) subs[k]->AppendVertex(p);
-                subs[k]->Triangulate(4, false, false);
+                subs[k]->Triangulate(4, k == 2, false);
             }
             slots[k]->SetEvent();
         });

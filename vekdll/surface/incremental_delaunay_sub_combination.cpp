@@ -53,7 +53,8 @@ void ZrCIncrementalDelaunay2D::CombineSubDelaunayTriangles(ZrCIncrementalDelauna
         if (finishedEvents != nullptr && finishedEvents[slot] != nullptr) finishedEvents[slot]->Wait();
         if (subTriangulations == nullptr || subTriangulations[slot] == nullptr) continue;
         ZrCIncrementalDelaunay2D* sub = subTriangulations[slot];
-        sub->FinalizeTriangleList();
+        // Finalizing again would free what a finalized sub-triangulation holds.
+        if (!sub->IsFinalized()) sub->FinalizeTriangleList();
         const int count = sub->GetNumVertices();
         std::vector<int> newIndex(static_cast<std::size_t>(count));
         if (NumVertices + count > MaxNumVertices) ReallocSize(NumVertices + count);
