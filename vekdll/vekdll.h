@@ -71,8 +71,11 @@
 #include "vekdll/classifier/klassifikator.h"
 
 // adaptive surface triangulation
+#include "vekdll/surface/border_chain_count.h"
 #include "vekdll/surface/delaunay_records.h"
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/polygon_blend.h"
+#include "vekdll/surface/polygons_for_combine.h"
 #include "vekdll/surface/triangle_graph.h"
 #include "vekdll/surface/triangle_graph_types.h"
 #include "vekdll/surface/vertex_container.h"

@@ -9,6 +9,7 @@
 
 #include <vector>
 
+class CEvent;
 class CSSE3dPolygon;
 class CSSEMatrix;
 class ZrCIncrementalDelaunay2D;
@@ -46,6 +47,12 @@ public:
     // The angle flip marks both triangles so that they take part in no
     // further angle flip until ResetFlipState.
     static constexpr bool kAngleFlipSetsFlipState = true;
+    // Where the rim walk of CombineTriangulationsMidPoint lays a middle line
+    // (gaps in z from the near gap on) and an extra ring (from the wide gap
+    // on), and where the distance searches along a rim start.
+    static constexpr float kMidPointNearGap = 1.0f;
+    static constexpr float kMidPointWideGap = 2.0f;
+    static constexpr float kBorderDistanceSearchStart = 9999.0f;
 
     ZrCIncrementalDelaunay2D();
     explicit ZrCIncrementalDelaunay2D(int numVertices);
@@ -218,6 +225,14 @@ public:
     void ClearOutsideTriangules();
     void RemoveSignedTriangles();
 
+    // ---- joining sub-triangulations (incremental_delaunay_sub_combination.cpp)
+    // Waits for event i of ten slots in order, and takes the triangles of
+    // sub-triangulation i into this object, emptied first: equal vertices
+    // become one, and triangles of different slots are linked across the
+    // cut where they share a side. Each sub-triangulation is destroyed and
+    // its slot set null. A null slot is still waited for.
+    void CombineSubDelaunayTriangles(ZrCIncrementalDelaunay2D** subTriangulations, CEvent** finishedEvents);
+
 protected:
     friend Base;
 
@@ -225,6 +240,8 @@ protected:
     bool LeaveFinalizedState();
     void ReturnToFinalizedState(bool wasFinalized);
     CList<t_hdelaunaytriangle*>& PresentList() { return Finalized ? FinalList : TriangleList; }
+    // Where GetTriangleListFromEdgeList lists the triangles it selects.
+    CList<t_hdelaunaytriangle*>& SelectionList() { return AffectedTriangleList; }
     // How the search index files a triangle: by the circle of its record,
     // widened by what the float circle test can still accept beyond it.
     vek::detail::IndexedCircle IndexedCircleOf(const t_hdelaunaytriangle* triangle) const;

@@ -3,12 +3,17 @@
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/platform/c_list.h"
+#include "vekdll/polygons/sse_3d_polygon.h"
+#include "vekdll/surface/border_chain_count.h"
+#include "vekdll/surface/polygons_for_combine.h"
 #include "vekdll/surface/triangle_graph_types.h"
 #include "vekdll/surface/vertex_container.h"
 #include "vekdll/surface/working_list_index.h"
 
 #include <memory>
 #include <vector>
+
+class CSSEMatrix;
 
 namespace vek {
 
@@ -33,7 +38,11 @@ concept HasOutsideFlag = requires(T t) { t.Outside; };
 //                                        working list; true if they were final
 //   void ReturnToFinalizedState(bool)    undoes that when given true
 //   CList<Triangle*>& PresentList()      the list that holds the triangles now
-// and the constant `kAngleFlipSetsFlipState`.
+// and the constant `kAngleFlipSetsFlipState`. The border and seam operations
+// further need SelectionList() (where a flood lists what it selects),
+// CompareVertexXY, ComputeNormalVectorsOfTriangles, CalcNormalDirection and
+// the constants kMidPointNearGap, kMidPointWideGap and
+// kBorderDistanceSearchStart, in which the two triangulations differ.
 //
 // The member definitions live in triangle_graph_*.inl and are compiled into
 // the library by one explicit instantiation per triangulation class.
@@ -69,6 +78,8 @@ public:
     // marked Outside.
     static void CollectOpenEdges(const TriangleListType& triangles, EdgeListType& edges,
                                  bool outsideNeighbourIsOpen);
+    // The same for one triangle; returns how many of its sides are open.
+    static int AppendOpenSidesOf(Triangle* triangle, EdgeListType& edges, bool outsideNeighbourIsOpen);
     // Debugging hooks, kept in the interface; they do nothing.
     static void CheckTriangle(Triangle*) {}
     static void CheckTriangleList(TriangleListType*) {}
@@ -129,6 +140,111 @@ public:
     void MoveTriangulationY(float angle);
     void CopyVertexArray(const ZrCSSEVertexContainer& source);
 
+    // ---- where the surface ends (triangle_graph_borders.inl)
+    using CountParams = CountTrianglesParams<Triangle, Edge>;
+    // The open edges of the present list, in BorderEdgesFirst or, for
+    // triangles whose first corner is at or above OtherVertexStart,
+    // BorderEdgesSecond. A triangle with no or three open sides loses Border.
+    void FindOutsideEdgesOfBorderTriang();
+    // The open sides of `triangles` (a null or an Outside neighbour) as new
+    // edge records at the tail of `edges`.
+    static void FindOutsideEdgesOfBorderTriang(TriangleListType* triangles, EdgeListType* edges);
+    // The open edges of this surface in BorderEdgesFirst, of `other` in
+    // BorderEdgesSecond.
+    void FindOutsideEdgesOfBorderTriang(Derived& other);
+    // Every open edge of the surface, chained by vertex index into loops or
+    // runs: one new list each, appended to `lists`, which the caller owns
+    // with its lists and edges.
+    void FindAllBorderEdgeLists(CList<EdgeListType*>* lists);
+    // The two border chains of a combined object, side by side in x-y, in
+    // OrderedBorderFirst and OrderedBorderSecond.
+    void GetBorderOfCombinedTriangulationApdated();
+    // The border loop of each half of a combined object, chosen among its
+    // loops, in `edges1` and `edges2`; the triangles the choice reached go
+    // to `triangles`.
+    void GetBorderOfCombinedTriangulationApdated(EdgeListType* edges1, EdgeListType* edges2,
+                                                 TriangleListType* triangles);
+    // The same for this object (`edges1`, `triangles`) and `other` (`edges2`).
+    void GetBorderOfCombinedTriangulationApdated(Derived& other, EdgeListType* edges1, EdgeListType* edges2,
+                                                 TriangleListType* triangles);
+    // Clears this surface away from the rim of `other` (given as `edges2`)
+    // before `other` is laid in: triangles along the rim go, corners near it
+    // move off, and what lies under `other` is peeled away from the opening.
+    void CheckAndGetBorderOfCombinedTriangulation(Derived& other, EdgeListType* edges1, EdgeListType* edges2,
+                                                  TriangleListType* triangles, bool flag);
+    // One point per edge, the edge's first vertex, in chain order.
+    static void BuildPolygonFromEdgeList(EdgeListType* edges, CSSE3dPolygon& polygon,
+                                         const ZrCSSEVertexContainer& vertexSource);
+    void BuildPolygonFromEdgeList(EdgeListType* edges, CSSE3dPolygon& polygon, int* vertexIndices);
+    // The first border loop of the surface as a polygon.
+    void BuildBorderPolygonForTriang(CSSE3dPolygon& polygon);
+    // Floods from the triangles of `edges` into the surface, over triangles
+    // whose SortIndex is -1, marking each Signed and listing it in the
+    // derived class's selection list.
+    void GetTriangleListFromEdgeList(EdgeListType* edges);
+    // Cuts two border polygons into matching sections of about 50 points of
+    // `second`; both are turned counter-clockwise first, their index arrays
+    // with them.
+    void PreparePolygonsForCombine(CSSE3dPolygon* first, CSSE3dPolygon* second, int* firstIndices,
+                                   int* secondIndices, CList<t_PolygonsForCombineDelaunay*>* sections);
+    // Advances the front of loop `index` by `steps` breadth-first steps over
+    // triangles that no front has reached (SortIndex -1); returns how many
+    // triangles the loop has reached in all.
+    int CountInnerTrianglesFromEdgeList(int steps, CountParams* params, int index);
+
+    // The state that the border and seam operations leave behind.
+    EdgeListType& GetBorderEdgesFirst() { return BorderEdgesFirst; }
+    EdgeListType& GetBorderEdgesSecond() { return BorderEdgesSecond; }
+    EdgeListType& GetOrderedBorderFirst() { return OrderedBorderFirst; }
+    EdgeListType& GetOrderedBorderSecond() { return OrderedBorderSecond; }
+    int GetOtherVertexStart() const { return OtherVertexStart; }
+    void SetOtherVertexStart(int start) { OtherVertexStart = start; }
+    bool IsFirstPolygonInverted() const { return FirstPolygonInverted; }
+    bool IsSecondPolygonInverted() const { return SecondPolygonInverted; }
+    const CSSE3dPolygon& GetCombinedMidPolygon() const { return CombinedMidPolygon; }
+
+    // ---- joining two surfaces (triangle_graph_combination.inl)
+    // Appends the vertices of `other` and copies of its triangles, linked
+    // as they were; the copies' corners are shifted by the old vertex count.
+    void CopyAndInsertOtherTriangulation(Derived& other, bool finalize);
+    // Replaces this surface by `second` and `first` closed along their
+    // common outline into one skin. The third argument is not read.
+    void CombineTriangulationsMidPoint(Derived& first, Derived& second, bool, bool finalize);
+    // Lays `other` into this surface: clears room for it, copies it in and
+    // stitches the opening's rim to its rim.
+    void InsertTriangulationAndCombine(Derived& other, CSSEMatrix* matrix, bool flag);
+    // Builds the seam between two border polygons whose points are vertices
+    // of this object (their indices in the two arrays): two zippers from
+    // the borders to rings at 0.2 and 0.8 of the way, and the middle ring
+    // in CombinedMidPolygon for CombineMergeTriangulations.
+    void CombineTriangulations(CSSE3dPolygon* first, CSSE3dPolygon* second, TriangleListType* triangles,
+                               CSSEMatrix* matrix, int* firstIndices, int* secondIndices);
+    // Zips the closed line `a`, whose points are vertices of this object,
+    // to the closed line `b`, whose vertex indices are `indices`; `b` and
+    // `indices` are turned to start opposite the start of `a`.
+    void BildNewTriangulationsWithTwoPolygon(CSSE3dPolygon* a, CSSE3dPolygon* b, TriangleListType* triangles,
+                                             TriangleListType* seamTriangles, int* indices, bool flagA, bool flagB);
+    // Closes the band between the two rings of the last CombineTriangulations
+    // through the middle ring.
+    void CombineMergeTriangulations();
+
+    // ---- clearing a surface for a seam (triangle_graph_seam_clearance.inl)
+    void CheckTrianglesForDelete(TriangleListType* triangles, CSSE3dPolygon* polygon);
+    void CheckIfDeleteTriangles(CSSEMatrix* lower, CSSEMatrix* upper, bool aboutX);
+    static bool CanDeleteTriangle(Triangle* triangle);
+    static bool CheckDistanceForNoDeleteTriangle(SSEPoint& c0, SSEPoint& c1, SSEPoint& c2, CSSE3dPolygon& polygon,
+                                                 CSSE3dPolygon& projected, float nearLimit, float farLimit);
+    void BildAffectedTriangleListForDeleteAndShift(TriangleListType* in, TriangleListType* out, float distance,
+                                                   CSSE3dPolygon& polygon);
+    // Walks from `from` towards `to` and takes the first place at least
+    // `distance` from the polygon points around `index`; `to` - 0.5 if none.
+    static void ShiftVertexWithDistanceInInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to, float distance,
+                                                  CSSE3dPolygon& polygon, int index);
+    // Collapses the shortest side of each triangle of `triangles` that is
+    // neither all short nor all long; true if any was collapsed.
+    bool CheckCollaborateTriangles(TriangleListType* triangles, float minLength, float maxLength);
+    void CollaborateTrianglesOnEdge(Triangle* triangle, ESharedSide side);
+
 protected:
     TriangleGraph() = default;
     explicit TriangleGraph(int numVertices) : ZrCSSEVertexContainer(numVertices) {}
@@ -187,6 +303,49 @@ protected:
 
     TriangleListType TriangleList{10};
     std::unique_ptr<detail::WorkingListIndex<Triangle>> WorkingIndex;
+
+    // ---- state of a combination of two surfaces
+    // The first vertex of the surface copied in last: below it the vertices
+    // of the first half, from it on those of the second.
+    int OtherVertexStart = 0;
+    EdgeListType BorderEdgesFirst{10};
+    EdgeListType BorderEdgesSecond{10};
+    EdgeListType OrderedBorderFirst{10};
+    EdgeListType OrderedBorderSecond{10};
+    bool FirstPolygonInverted = false;
+    bool SecondPolygonInverted = false;
+    // The ring halfway across the last seam, and the seam's new triangles on
+    // either side of it.
+    CSSE3dPolygon CombinedMidPolygon;
+    TriangleListType SeamTrianglesFirst{10};
+    TriangleListType SeamTrianglesSecond{10};
+    // Where the vertices of the seam's lower ring (at 0.2, next to the first
+    // border) and upper ring (at 0.8) start, and how many each has.
+    int LowerRingStart = 0;
+    int LowerRingCount = 0;
+    int UpperRingStart = 0;
+    int UpperRingCount = 0;
+
+    // ---- helpers of the joining and the clearing
+    Triangle* NewSeamTriangle(int a, int b, int c);
+    int NewestVertexAt(const SSEPoint& p) const;
+    // AppendVertex after growing the store by one where it is full; the
+    // new vertex's index.
+    int AppendVertexGrowing(const SSEPoint& point);
+    static void LinkAmong(const std::vector<Triangle*>& triangles);
+    void LayRimStep(int a, int b, int c, int d, int s, int e, bool wide, std::vector<Triangle*>& made);
+    static void LinkToRim(const Edge* edge, const std::vector<Triangle*>& made);
+    void TakeOpeningAround(const CSSE3dPolygon& rim, EdgeListType* edges1);
+    static std::vector<Triangle*> TrianglesAroundVertex(Triangle* triangle, int vertex);
+    bool MoveVertexIfNoFold(Triangle* triangle, int vertex, const SSEPoint& place);
+    bool MoveCornerOffRim(Triangle* triangle, int k, int f, int farIndex, CSSE3dPolygon& rim, bool fromFar);
+    // The clearing that CheckTrianglesForDelete and CheckAndGetBorder...
+    // share, over the triangles of `list` and the resampled rim.
+    void ClearSeamArea(TriangleListType& list, CSSE3dPolygon& rim, bool fromFar);
+
+    // Chains every loop of `open` (emptying it) and moves the chosen one to
+    // `result`; see GetBorderOfCombinedTriangulationApdated.
+    void ChooseBorderLoop(EdgeListType& open, EdgeListType* result, TriangleListType* triangles);
 
 private:
     // One peeling pass over `list` (see CheckAndKillIgnored...): returns

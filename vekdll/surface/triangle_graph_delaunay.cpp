@@ -2,6 +2,8 @@
 // compiled once into the library.
 
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/triangle_graph_borders.inl"
+#include "vekdll/surface/triangle_graph_combination.inl"
 #include "vekdll/surface/triangle_graph_fan_walk.inl"
 #include "vekdll/surface/triangle_graph_flips.inl"
 #include "vekdll/surface/triangle_graph_geometry.inl"
@@ -9,6 +11,7 @@
 #include "vekdll/surface/triangle_graph_records.inl"
 #include "vekdll/surface/triangle_graph_removal.inl"
 #include "vekdll/surface/triangle_graph_search.inl"
+#include "vekdll/surface/triangle_graph_seam_clearance.inl"
 #include "vekdll/surface/triangle_graph_splits.inl"
 
 template class vek::TriangleGraph<ZrCIncrementalDelaunay2D, t_hdelaunaytriangle, t_hdelaunayedge>;

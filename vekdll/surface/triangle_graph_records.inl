@@ -13,6 +13,8 @@ template <class D, class T, class E>
 TriangleGraph<D, T, E>::~TriangleGraph()
 {
     ClearTriangleList();
+    for (EdgeListType* list : {&BorderEdgesFirst, &BorderEdgesSecond, &OrderedBorderFirst, &OrderedBorderSecond})
+        ClearEdgeList(list);
 }
 
 // calloc gives the all-zero record the graph starts from: no corners, no
@@ -127,21 +129,28 @@ void TriangleGraph<D, T, E>::CollectOpenEdges(const TriangleListType& triangles,
                                               bool outsideNeighbourIsOpen)
 {
     for (POSITION pos = triangles.GetHeadPosition(); pos != nullptr;) {
-        T* triangle = triangles.GetNext(pos);
-        if (triangle == nullptr) continue;
-        for (int side = 0; side < 3; ++side) {
-            const T* neighbour = triangle->Neighbour[side];
-            bool open = neighbour == nullptr;
-            if constexpr (HasOutsideFlag<T>) open = open || (outsideNeighbourIsOpen && neighbour->Outside);
-            if (!open) continue;
-            E* edge = InitNewEdge();
-            edge->Vertex[0] = triangle->Vertex[side];
-            edge->Vertex[1] = triangle->Vertex[(side + 1) % 3];
-            edge->Side = static_cast<ESharedSide>(side);
-            edge->Triangle = triangle;
-            edges.AddTail(edge);
-        }
+        if (T* triangle = triangles.GetNext(pos)) AppendOpenSidesOf(triangle, edges, outsideNeighbourIsOpen);
     }
+}
+
+template <class D, class T, class E>
+int TriangleGraph<D, T, E>::AppendOpenSidesOf(T* triangle, EdgeListType& edges, bool outsideNeighbourIsOpen)
+{
+    int open = 0;
+    for (int side = 0; side < 3; ++side) {
+        const T* neighbour = triangle->Neighbour[side];
+        bool isOpen = neighbour == nullptr;
+        if constexpr (HasOutsideFlag<T>) isOpen = isOpen || (outsideNeighbourIsOpen && neighbour->Outside);
+        if (!isOpen) continue;
+        E* edge = InitNewEdge();
+        edge->Vertex[0] = triangle->Vertex[side];
+        edge->Vertex[1] = triangle->Vertex[(side + 1) % 3];
+        edge->Side = static_cast<ESharedSide>(side);
+        edge->Triangle = triangle;
+        edges.AddTail(edge);
+        ++open;
+    }
+    return open;
 }
 
 } // namespace vek
