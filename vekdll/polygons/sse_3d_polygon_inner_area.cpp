@@ -1,23 +1,16 @@
 // The point-in-area test of the closed line.
 
+#include "vekdll/polygons/inner_area_chords.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace {
 
-// One chord of the even-odd count. The chord counts where the test column
-// x lies in (a.x, b.x], a being the end with the smaller x: open at the
-// smaller end and closed at the larger, so that a vertex is counted once and
-// a vertical chord never. It toggles when it passes strictly on the side of
-// larger y at the test column.
+// One chord of the even-odd count: it toggles where it is counted at the
+// test column and passes strictly above the test point.
 bool CrossesAbove(float x, float y, float prevX, float prevY, float curX, float curY)
 {
-    if ((x > curX) != (prevX >= x)) return false;
-    const bool curIsLower = curX <= prevX;
-    const float ax = curIsLower ? curX : prevX;
-    const float ay = curIsLower ? curY : prevY;
-    const float bx = curIsLower ? prevX : curX;
-    const float by = curIsLower ? prevY : curY;
-    return (by - ay) * (x - ax) > (bx - ax) * (y - ay);
+    using namespace vek::detail;
+    return ChordCountsAtColumn(x, prevX, curX) && ChordPassesAbove(OrderedChord(prevX, prevY, curX, curY), x, y);
 }
 
 } // namespace
