@@ -1,4 +1,6 @@
-// The point-in-area test of the closed line.
+// The point-in-area test of the closed line, and the tests of whole lines built on it.
+
+#include <vector>
 
 #include "vekdll/polygons/inner_area_chords.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
@@ -63,4 +65,20 @@ bool CSSE3dPolygon::PointInLineInnerAreaNormalized(SSEPoint& p, int step)
 bool CSSE3dPolygon::PointInLineInnerAreaNormalized(float x, float y, int step)
 {
     return InnerAreaTest(_mm_setr_ps(x, y, 0.0f, 0.0f), NormalizedX, NormalizedY, step);
+}
+
+bool CSSE3dPolygon::PolygonInThisPolygon(CSSE3dPolygon& other)
+{
+    if (NumPoints < 1 || other.NumPoints < 1) return false;
+    for (int i = 0; i < other.NumPoints; ++i) {
+        if (!PointInLineInnerArea(other.PointsX[i], other.PointsY[i], 1)) return false;
+    }
+    return true;
+}
+
+void CSSE3dPolygon::KeepPointsInInner(CSSE3dPolygon& other)
+{
+    std::vector<bool> keep(static_cast<std::size_t>(NumPoints));
+    for (int i = 0; i < NumPoints; ++i) keep[static_cast<std::size_t>(i)] = other.PointInLineInnerArea(PointsX[i], PointsY[i], 1);
+    KeepMarkedPoints(keep);
 }

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <algorithm>
+
+#include "vekdll/fields/pixel_store.h"
+#include "vekdll/fields/sse_char_matrix.h"
+#include "vekdll/fields/sse_matrix.h"
+
+// How the polygons write into the fields: plain pixels, splats and runs of a
+// column, each held inside the field by its clamps.
+namespace vek::detail {
+
+template <class Field>
+bool HoldsImage(const Field* m)
+{
+    return m != nullptr && m->GetMatrixDataDirectly() != nullptr && m->GetSizeX() > 0 && m->GetSizeY() > 0;
+}
+
+// The clamp of a splat's centre on one axis: to 1 ... size - 2, the lower
+// bound first. On a field below 3 pixels the upper bound wins.
+inline int SplatCentre(int v, int size)
+{
+    return std::min(size - 2, std::max(1, v));
+}
+
+// A 3 x 3 splat around the clamped centre. On a field of at least 3 x 3 the
+// splat lies whole in the field; on a smaller one the pixels beyond the
+// field are left out rather than written outside it.
+inline void Splat(CSSEMatrix& m, int c, int r, float v)
+{
+    if (m.GetSizeX() >= 3 && m.GetSizeY() >= 3) {
+        m.Set3x3BoxPoint(c, r, v);
+        return;
+    }
+    const int cx = SplatCentre(c, m.GetSizeX());
+    const int cy = SplatCentre(r, m.GetSizeY());
+    for (int y = std::max(cy - 1, 0); y <= std::min(cy + 1, m.GetSizeY() - 1); ++y)
+        for (int x = std::max(cx - 1, 0); x <= std::min(cx + 1, m.GetSizeX() - 1); ++x) m.SetPoint(x, y, v);
+}
+
+// Calls visit(v) for each value that the positions first, first + step, ...
+// up to and including last reach once clamped to lo ... hi: the positions
+// below lo all reach lo and those above hi all reach hi, so each of those
+// runs is visited once however long it is. For idempotent writes this is the
+// same as visiting every position.
+template <class Visit>
+void ForEachClampedPosition(long long first, long long last, long long step, int lo, int hi, Visit visit)
+{
+    if (first > last || step < 1) return;
+    last = first + (last - first) / step * step;
+    if (first < lo) {
+        visit(lo);
+        first += (lo - first + step - 1) / step * step;
+    }
+    for (long long v = first; v <= std::min<long long>(last, hi); v += step) visit(static_cast<int>(v));
+    if (last > hi && hi >= lo) visit(hi);
+}
+
+// The rows first ... last once clamped to a field of sizeY rows: rows beyond
+// the field reach its first or last row.
+struct RowSpan {
+    int lo;
+    int hi;
+};
+
+inline RowSpan ClampedRows(long long first, long long last, int sizeY)
+{
+    const auto clampRow = [sizeY](long long y) { return static_cast<int>(std::clamp<long long>(y, 0, sizeY - 1)); };
+    return {clampRow(first), clampRow(last)};
+}
+
+// Rows first ... last of column x get v, all through the clamps. Whole lines
+// of four are stored as one vector.
+inline void FillColumnRows(CSSEMatrix& m, int x, long long first, long long last, float v)
+{
+    if (first > last) return;
+    const RowSpan rows = ClampedRows(first, last, m.GetSizeY());
+    int y = rows.lo;
+    for (; y <= rows.hi && (y & 3) != 0; ++y) m.SetPoint(x, y, v);
+    const __m128 lanes = _mm_set1_ps(v);
+    for (; y + 3 <= rows.hi; y += 4) _mm_store_ps(m.GetPointAddress(x, y), lanes);
+    for (; y <= rows.hi; ++y) m.SetPoint(x, y, v);
+}
+
+inline void FillColumnRows(CSSEcharMatrix& m, int x, long long first, long long last, char v)
+{
+    if (first > last) return;
+    const RowSpan rows = ClampedRows(first, last, m.GetSizeY());
+    for (int y = rows.lo; y <= rows.hi; ++y) m.SetPoint(x, y, v);
+}
+
+} // namespace vek::detail
