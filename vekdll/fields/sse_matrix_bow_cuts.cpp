@@ -8,7 +8,7 @@
 #include "vekdll/polygons/polygon_raster.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
-using vek::detail::FillColumnRows;
+using vek::detail::ColumnSpanFiller;
 using vek::detail::HoldsImage;
 using vek::detail::RoundedCoordinate;
 
@@ -39,6 +39,7 @@ void CutBeyondBow(CSSEMatrix& m, CSSE3dPolygon& bow, float v, int shift, BowKind
     // The bow stands k rows above where the rows processed so far end.
     const long long k = std::max<long long>(static_cast<long long>(m.GetRowProcessed()) - ymax, 1);
     const long long sizeY = m.GetSizeY();
+    ColumnSpanFiller cleared(&m, v);
     for (int i = 0; i < bow.GetNumPoints(); ++i) {
         float x = 0.0f;
         float y = 0.0f;
@@ -48,12 +49,13 @@ void CutBeyondBow(CSSEMatrix& m, CSSE3dPolygon& bow, float v, int shift, BowKind
         // Rows and columns beyond the field reach its rim through the clamps.
         if (side == CutSide::FromTheBow && r < sizeY) {
             const long long first = r + k + shift;
-            FillColumnRows(m, c, first, first + (sizeY - r) - 1, v);
+            cleared.Add(c, first, first + (sizeY - r) - 1);
         } else if (side == CutSide::UpToTheBow && r > 0) {
             const long long first = k + shift;
-            FillColumnRows(m, c, first, first + r - 1, v);
+            cleared.Add(c, first, first + r - 1);
         }
     }
+    cleared.Flush();
 }
 
 } // namespace
@@ -77,12 +79,14 @@ void CSSEMatrix::RemoveImageValuesOutSideOfBow(CSSE3dPolygon& bow, float v, int 
 {
     if (bow.GetNumPoints() < 1 || !HoldsImage(this)) return;
     // Column by column, the rows between the inner runs.
+    ColumnSpanFiller cleared(this, v);
     vek::ScanInnerArea(bow, {0, SizeX, 1}, {0, SizeY, 1}, vek::InnerAreaScan::Crossings, [&](int x, const std::vector<vek::RowRun>& runs) {
         int y = 0;
         for (const vek::RowRun& run : runs) {
-            FillColumnRows(*this, x, y, run.first - 1, v);
+            cleared.Add(x, y, run.first - 1);
             y = run.end;
         }
-        FillColumnRows(*this, x, y, SizeY - 1, v);
+        cleared.Add(x, y, SizeY - 1);
     });
+    cleared.Flush();
 }

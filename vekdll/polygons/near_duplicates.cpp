@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <tuple>
+#include <unordered_map>
 
 namespace vek::detail {
 
@@ -13,22 +15,34 @@ namespace {
 // Points closer than this in |dx| + |dy| are one point.
 constexpr float kSamePointDistance = 1.0f;
 
-// A point's cell. A city-block sum below 1 needs |dx| below 1 in float, which
-// only happens for an exact difference below 1, so such points lie in the same
-// or in neighbouring cells. Beyond 2^53, where a neighbour's cell number in
-// double is the cell's own, only the cell itself is searched, and no pair is
-// lost: floats there are whole numbers far apart, so a pair closer than 1 is
-// equal.
-struct Filed {
-    double cellX;
-    double cellY;
-    int index;
+// A point's cell, the floor of each coordinate. A city-block sum below 1
+// needs |dx| below 1 in float, which only happens for an exact difference
+// below 1, so such points lie in the same or in neighbouring cells. Cells
+// are held to +-2^62: beyond, floats are whole numbers far apart, a pair
+// closer than 1 is equal, and cells that run together only cost comparisons.
+struct Cell {
+    std::int64_t x;
+    std::int64_t y;
+    bool operator==(const Cell&) const = default;
 };
 
-bool operator<(const Filed& a, const Filed& b)
+std::int64_t CellOf(float v)
 {
-    return std::tie(a.cellX, a.cellY, a.index) < std::tie(b.cellX, b.cellY, b.index);
+    constexpr double kLimit = 4611686018427387904.0; // 2^62
+    return static_cast<std::int64_t>(std::clamp(std::floor(double{v}), -kLimit, kLimit));
 }
+
+struct CellHash {
+    std::size_t operator()(const Cell& c) const
+    {
+        return static_cast<std::size_t>(static_cast<std::uint64_t>(c.x) * 0x9E3779B97F4A7C15ULL ^ static_cast<std::uint64_t>(c.y));
+    }
+};
+
+struct Filed {
+    Cell cell;
+    int index;
+};
 
 } // namespace
 
@@ -40,24 +54,35 @@ std::vector<bool> EarlierNearDuplicatesXY(const float* xs, const float* ys, int 
     std::vector<Filed> filed;
     filed.reserve(near.size());
     for (int i = 0; i < count; ++i) {
-        if (std::isfinite(xs[i]) && std::isfinite(ys[i])) filed.push_back({std::floor(double{xs[i]}), std::floor(double{ys[i]}), i});
+        if (std::isfinite(xs[i]) && std::isfinite(ys[i])) filed.push_back({{CellOf(xs[i]), CellOf(ys[i])}, i});
     }
-    std::sort(filed.begin(), filed.end());
+    // By cell, and within a cell by rising index, so that each cell's points
+    // are one stretch [first, end) of the array.
+    std::sort(filed.begin(), filed.end(), [](const Filed& a, const Filed& b) {
+        return std::tie(a.cell.x, a.cell.y, a.index) < std::tie(b.cell.x, b.cell.y, b.index);
+    });
+    std::unordered_map<Cell, std::pair<std::size_t, std::size_t>, CellHash> stretches;
+    for (std::size_t i = 0; i < filed.size(); ++i) {
+        auto [it, added] = stretches.try_emplace(filed[i].cell, i, i + 1);
+        if (!added) it->second.second = i + 1;
+    }
+    const auto closeTo = [&](int earlier, float x, float y) {
+        return std::fabs(xs[earlier] - x) + std::fabs(ys[earlier] - y) < kSamePointDistance;
+    };
+    // The point before first, then the cells around, the point's own first:
+    // along a dense line the earlier point found is mostly the one before.
+    constexpr std::int64_t kAround[9][2] = {{0, 0}, {-1, -1}, {-1, 0}, {-1, 1}, {0, -1}, {0, 1}, {1, -1}, {1, 0}, {1, 1}};
     for (const Filed& p : filed) {
         const float x = xs[p.index];
         const float y = ys[p.index];
-        bool found = false;
-        for (int dx = -1; dx <= 1 && !found; ++dx) {
-            for (int dy = -1; dy <= 1 && !found; ++dy) {
-                // The cell's points in rising index, up to the point itself.
-                auto it = std::lower_bound(filed.begin(), filed.end(), Filed{p.cellX + dx, p.cellY + dy, 0});
-                for (; it != filed.end() && it->cellX == p.cellX + dx && it->cellY == p.cellY + dy && it->index < p.index; ++it) {
-                    if (std::fabs(xs[it->index] - x) + std::fabs(ys[it->index] - y) < kSamePointDistance) {
-                        found = true;
-                        break;
-                    }
-                }
-            }
+        bool found = p.index > 0 && closeTo(p.index - 1, x, y);
+        for (const auto& [dx, dy] : kAround) {
+            if (found) break;
+            const auto stretch = stretches.find(Cell{p.cell.x + dx, p.cell.y + dy});
+            if (stretch == stretches.end()) continue;
+            // The cell's points before this one.
+            for (std::size_t i = stretch->second.first; i < stretch->second.second && filed[i].index < p.index && !found; ++i)
+                found = closeTo(filed[i].index, x, y);
         }
         near[static_cast<std::size_t>(p.index)] = found;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <vector>
 
 #include "vekdll/fields/pixel_store.h"
 #include "vekdll/fields/sse_char_matrix.h"
@@ -69,24 +70,78 @@ inline RowSpan ClampedRows(long long first, long long last, int sizeY)
     return {clampRow(first), clampRow(last)};
 }
 
-// Rows first ... last of column x get v, all through the clamps. Whole lines
-// of four are stored as one vector.
-inline void FillColumnRows(CSSEMatrix& m, int x, long long first, long long last, float v)
-{
-    if (first > last) return;
-    const RowSpan rows = ClampedRows(first, last, m.GetSizeY());
-    int y = rows.lo;
-    for (; y <= rows.hi && (y & 3) != 0; ++y) m.SetPoint(x, y, v);
-    const __m128 lanes = _mm_set1_ps(v);
-    for (; y + 3 <= rows.hi; y += 4) _mm_store_ps(m.GetPointAddress(x, y), lanes);
-    for (; y <= rows.hi; ++y) m.SetPoint(x, y, v);
-}
+// Spans of rows of single columns that get one value, gathered and written a
+// strip of columns at a time, line by line: the writes of neighbouring
+// columns then land side by side in memory, where a column written on its
+// own would touch a new line, far from the last, every four rows. Rows and
+// columns beyond the field reach its rim through the clamps. Call Flush
+// after the last span. The field must hold an image once a span is added.
+class ColumnSpanFiller {
+public:
+    ColumnSpanFiller(CSSEMatrix* m, float v) : m_(*m), lanes_(_mm_set1_ps(v)), v_(v) { spans_.reserve(kStrip); }
 
-inline void FillColumnRows(CSSEcharMatrix& m, int x, long long first, long long last, char v)
-{
-    if (first > last) return;
-    const RowSpan rows = ClampedRows(first, last, m.GetSizeY());
-    for (int y = rows.lo; y <= rows.hi; ++y) m.SetPoint(x, y, v);
-}
+    // Rows first ... last of column x.
+    void Add(int x, long long first, long long last)
+    {
+        if (first > last) return;
+        const RowSpan rows = ClampedRows(first, last, m_.GetSizeY());
+        spans_.push_back({ClampIndex(x, 0, m_.GetSizeX() - 1), rows});
+        if (spans_.size() == kStrip) Flush();
+    }
+
+    void Flush()
+    {
+        if (spans_.empty()) return;
+        int lo = spans_.front().rows.lo;
+        int hi = spans_.front().rows.hi;
+        for (const Span& s : spans_) {
+            lo = std::min(lo, s.rows.lo);
+            hi = std::max(hi, s.rows.hi);
+        }
+        for (int line = lo >> 2; line <= hi >> 2; ++line) {
+            const int top = 4 * line;
+            for (const Span& s : spans_) {
+                const int a = std::max(s.rows.lo, top);
+                const int b = std::min(s.rows.hi, top + 3);
+                if (a == top && b == top + 3) {
+                    _mm_store_ps(m_.GetPointAddress(s.x, top), lanes_);
+                } else {
+                    for (int y = a; y <= b; ++y) m_.SetPoint(s.x, y, v_);
+                }
+            }
+        }
+        spans_.clear();
+    }
+
+private:
+    static constexpr std::size_t kStrip = 128;
+    struct Span {
+        int x;
+        RowSpan rows;
+    };
+    CSSEMatrix& m_;
+    __m128 lanes_;
+    float v_;
+    std::vector<Span> spans_;
+};
+
+// The same for a byte field, pixel by pixel: a line of sixteen rows is
+// written whole only for tall spans, which the byte masks rarely need.
+class ByteColumnSpanFiller {
+public:
+    ByteColumnSpanFiller(CSSEcharMatrix* m, char v) : m_(*m), v_(v) {}
+
+    void Add(int x, long long first, long long last)
+    {
+        if (first > last) return;
+        const RowSpan rows = ClampedRows(first, last, m_.GetSizeY());
+        for (int y = rows.lo; y <= rows.hi; ++y) m_.SetPoint(x, y, v_);
+    }
+    void Flush() {}
+
+private:
+    CSSEcharMatrix& m_;
+    char v_;
+};
 
 } // namespace vek::detail

@@ -84,9 +84,10 @@ void PrepareCopy(CSSE3dPolygon& copy, CSSE3dPolygon& line, bool subsample)
 }
 
 // The common course of the even-odd fills: the line's box, the grid made
-// from it, the prepared copy, and each run of inner grid points written.
-template <class Field, class MakeGrid, class WriteRun>
-void FillInnerArea(CSSE3dPolygon& line, Field* m, bool subsample, MakeGrid makeGrid, WriteRun writeRun)
+// from it, the prepared copy, and each run of inner grid points handed to
+// the writer, which is flushed at the end.
+template <class Field, class MakeGrid, class Writer>
+void FillInnerArea(CSSE3dPolygon& line, Field* m, bool subsample, MakeGrid makeGrid, Writer&& writer)
 {
     const TruncatedBox box = BoxOf(line);
     if (!HoldsImage(m)) return;
@@ -94,9 +95,29 @@ void FillInnerArea(CSSE3dPolygon& line, Field* m, bool subsample, MakeGrid makeG
     CSSE3dPolygon copy;
     PrepareCopy(copy, line, subsample);
     vek::ScanInnerArea(copy, grid.columns, grid.rows, vek::InnerAreaScan::Crossings, [&](int x, const std::vector<vek::RowRun>& runs) {
-        for (const vek::RowRun& run : runs) writeRun(x, run);
+        for (const vek::RowRun& run : runs) writer.Add(x, run.first, run.end - 1);
     });
+    writer.Flush();
 }
+
+// The coarse fill's writer: a splat on every grid row of a run. Grid rows
+// beyond the field all splat onto its outermost splat row.
+class GridSplatter {
+public:
+    GridSplatter(CSSEMatrix* m, float v) : m_(*m), v_(v) {}
+    void Add(int x, long long first, long long last)
+    {
+        const int lowestCentre = std::min(1, m_.GetSizeY() - 2);
+        const int highestCentre = m_.GetSizeY() - 2;
+        vek::detail::ForEachClampedPosition(first, last, kCoarseStep, lowestCentre, highestCentre,
+                                            [&](int y) { vek::detail::Splat(m_, x, y, v_); });
+    }
+    void Flush() {}
+
+private:
+    CSSEMatrix& m_;
+    float v_;
+};
 
 } // namespace
 
@@ -104,24 +125,17 @@ void CSSE3dPolygon::DrawInMatrixAndFillFine(float value, CSSEMatrix* m, bool sub
 {
     FillInnerArea(
         *this, m, subsample, [&](const TruncatedBox& box) { return FineGrid(box, yFrom, yTo, m->GetSizeX(), m->GetSizeY()); },
-        [&](int x, const vek::RowRun& run) { vek::detail::FillColumnRows(*m, x, run.first, run.end - 1, value); });
+        vek::detail::ColumnSpanFiller(m, value));
 }
 
 void CSSE3dPolygon::DrawInCharMatrixAndFillFine(char value, CSSEcharMatrix* m, bool subsample, float yFrom, float yTo)
 {
     FillInnerArea(
         *this, m, subsample, [&](const TruncatedBox& box) { return FineGrid(box, yFrom, yTo, m->GetSizeX(), m->GetSizeY()); },
-        [&](int x, const vek::RowRun& run) { vek::detail::FillColumnRows(*m, x, run.first, run.end - 1, value); });
+        vek::detail::ByteColumnSpanFiller(m, value));
 }
 
 void CSSE3dPolygon::DrawInMatrixAndFillCoarse(float value, CSSEMatrix* m, bool subsample, float yFrom, float yTo)
 {
-    // Grid rows beyond the field all splat onto its outermost splat row.
-    const auto splatRun = [&](int x, const vek::RowRun& run) {
-        const int lowestCentre = std::min(1, m->GetSizeY() - 2);
-        const int highestCentre = m->GetSizeY() - 2;
-        vek::detail::ForEachClampedPosition(run.first, run.end - 1, kCoarseStep, lowestCentre, highestCentre,
-                                            [&](int y) { vek::detail::Splat(*m, x, y, value); });
-    };
-    FillInnerArea(*this, m, subsample, [&](const TruncatedBox& box) { return CoarseGrid(box, yFrom, yTo); }, splatRun);
+    FillInnerArea(*this, m, subsample, [&](const TruncatedBox& box) { return CoarseGrid(box, yFrom, yTo); }, GridSplatter(m, value));
 }
