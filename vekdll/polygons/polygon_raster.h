@@ -78,14 +78,14 @@ inline RowSpan ClampedRows(long long first, long long last, int sizeY)
 // after the last span. The field must hold an image once a span is added.
 class ColumnSpanFiller {
 public:
-    ColumnSpanFiller(CSSEMatrix* m, float v) : m_(*m), lanes_(_mm_set1_ps(v)), v_(v) { spans_.reserve(kStrip); }
+    ColumnSpanFiller(CSSEMatrix* m, float v) : m_(m), lanes_(_mm_set1_ps(v)), v_(v) { spans_.reserve(kStrip); }
 
     // Rows first ... last of column x.
     void Add(int x, long long first, long long last)
     {
         if (first > last) return;
-        const RowSpan rows = ClampedRows(first, last, m_.GetSizeY());
-        spans_.push_back({ClampIndex(x, 0, m_.GetSizeX() - 1), rows});
+        const RowSpan rows = ClampedRows(first, last, m_->GetSizeY());
+        spans_.push_back({ClampIndex(x, 0, m_->GetSizeX() - 1), rows});
         if (spans_.size() == kStrip) Flush();
     }
 
@@ -104,9 +104,9 @@ public:
                 const int a = std::max(s.rows.lo, top);
                 const int b = std::min(s.rows.hi, top + 3);
                 if (a == top && b == top + 3) {
-                    _mm_store_ps(m_.GetPointAddress(s.x, top), lanes_);
+                    _mm_store_ps(m_->GetPointAddress(s.x, top), lanes_);
                 } else {
-                    for (int y = a; y <= b; ++y) m_.SetPoint(s.x, y, v_);
+                    for (int y = a; y <= b; ++y) m_->SetPoint(s.x, y, v_);
                 }
             }
         }
@@ -119,28 +119,28 @@ private:
         int x;
         RowSpan rows;
     };
-    CSSEMatrix& m_;
+    CSSEMatrix* m_;
     __m128 lanes_;
     float v_;
     std::vector<Span> spans_;
 };
 
-// The same for a byte field, pixel by pixel: a line of sixteen rows is
-// written whole only for tall spans, which the byte masks rarely need.
+// The same for a byte field, written at once and pixel by pixel: the byte
+// masks are small beside the height fields.
 class ByteColumnSpanFiller {
 public:
-    ByteColumnSpanFiller(CSSEcharMatrix* m, char v) : m_(*m), v_(v) {}
+    ByteColumnSpanFiller(CSSEcharMatrix* m, char v) : m_(m), v_(v) {}
 
     void Add(int x, long long first, long long last)
     {
         if (first > last) return;
-        const RowSpan rows = ClampedRows(first, last, m_.GetSizeY());
-        for (int y = rows.lo; y <= rows.hi; ++y) m_.SetPoint(x, y, v_);
+        const RowSpan rows = ClampedRows(first, last, m_->GetSizeY());
+        for (int y = rows.lo; y <= rows.hi; ++y) m_->SetPoint(x, y, v_);
     }
     void Flush() {}
 
 private:
-    CSSEcharMatrix& m_;
+    CSSEcharMatrix* m_;
     char v_;
 };
 

@@ -104,18 +104,18 @@ void FillInnerArea(CSSE3dPolygon& line, Field* m, bool subsample, MakeGrid makeG
 // beyond the field all splat onto its outermost splat row.
 class GridSplatter {
 public:
-    GridSplatter(CSSEMatrix* m, float v) : m_(*m), v_(v) {}
+    GridSplatter(CSSEMatrix* m, float v) : m_(m), v_(v) {}
     void Add(int x, long long first, long long last)
     {
-        const int lowestCentre = std::min(1, m_.GetSizeY() - 2);
-        const int highestCentre = m_.GetSizeY() - 2;
+        const int lowestCentre = std::min(1, m_->GetSizeY() - 2);
+        const int highestCentre = m_->GetSizeY() - 2;
         vek::detail::ForEachClampedPosition(first, last, kCoarseStep, lowestCentre, highestCentre,
-                                            [&](int y) { vek::detail::Splat(m_, x, y, v_); });
+                                            [&](int y) { vek::detail::Splat(*m_, x, y, v_); });
     }
     void Flush() {}
 
 private:
-    CSSEMatrix& m_;
+    CSSEMatrix* m_;
     float v_;
 };
 
