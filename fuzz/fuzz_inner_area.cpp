@@ -9,25 +9,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "fuzz_coordinates.h"
 #include "vekdll/vekdll.h"
 
 namespace {
 
-enum class Form { Lattice, Wide, RawBits };
-
-float Coordinate(const std::uint8_t* at, Form form)
-{
-    if (form == Form::Lattice) return static_cast<float>(at[0] % 32) * 0.5f;
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, at, sizeof bits);
-    if (form == Form::Wide) return static_cast<float>(static_cast<double>(bits) / 4294967296.0 * 20000.0 - 10000.0);
-    float value = 0.0f;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
+using vek::fuzz::Coordinate;
+using vek::fuzz::Form;
 
 using Runs = std::vector<std::pair<int, std::vector<vek::RowRun>>>;
 
@@ -81,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Form form = static_cast<Form>(data[0] % 3);
     const vek::GridAxis columns{static_cast<int>(data[1] % 16) - 8, static_cast<int>(data[1] % 16) + 24, 1 + data[2] % 3};
     const vek::GridAxis rows{static_cast<int>(data[2] % 16) - 8, static_cast<int>(data[2] % 16) + 24, 1 + data[1] % 3};
-    const std::size_t width = form == Form::Lattice ? 1 : 4;
+    const std::size_t width = static_cast<std::size_t>(vek::fuzz::BytesPerCoordinate(form));
     const std::size_t count = std::min<std::size_t>((size - 3) / (2 * width), 256);
     CSSE3dPolygon line;
     line.Create(static_cast<int>(count));
