@@ -258,18 +258,6 @@ TEST(ScanInnerArea, TheColumnWalkFindsTheRunsOfThePointTestOnAwkwardLines)
     }
 }
 
-TEST(ScanInnerArea, RunsEndOnePastTheirLastGridRowAndEmptyGridsVisitNothing)
-{
-    CSSE3dPolygon square = PolygonOf(kSquare);
-    // Rows 0, 3, 6: of these only 3 lies in 2 ... 5.
-    const auto runs = RunsOf(square, {4, 5, 1}, {0, 9, 3}, vek::InnerAreaScan::Crossings);
-    ASSERT_EQ(runs.size(), 1u);
-    ASSERT_EQ(runs[0].second.size(), 1u);
-    EXPECT_EQ(std::pair(runs[0].second[0].first, runs[0].second[0].end), std::pair(3, 4));
-    EXPECT_TRUE(RunsOf(square, {4, 4, 1}, {0, 9, 1}, vek::InnerAreaScan::Crossings).empty());
-    EXPECT_TRUE(RunsOf(square, {0, 9, 0}, {0, 9, 1}, vek::InnerAreaScan::Crossings).empty());
-}
-
 TEST(RemoveEqualPointsXY, CellsFindTheSameNearDuplicatesAsComparingWithEveryEarlierPoint)
 {
     std::mt19937 random(77);
