@@ -7,32 +7,18 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "fuzz_coordinates.h"
 #include "vekdll/vekdll.h"
 
 namespace {
 
 struct ProcessExit {};
 
-enum class Form { Lattice, Wide, RawBits };
-
-int BytesPerCoordinate(Form form)
-{
-    return form == Form::Lattice ? 1 : 4;
-}
-
-float Coordinate(const std::uint8_t* at, Form form)
-{
-    if (form == Form::Lattice) return static_cast<float>(at[0] % 32) * 0.5f;
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, at, sizeof bits);
-    if (form == Form::Wide) return static_cast<float>(static_cast<double>(bits) / 4294967296.0 * 20000.0 - 10000.0);
-    float value = 0.0f;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
+using vek::fuzz::BytesPerCoordinate;
+using vek::fuzz::Coordinate;
+using vek::fuzz::Form;
 
 SSEPoint Point(float x, float y, float z)
 {

@@ -48,6 +48,7 @@
 // polygons
 #include "vekdll/pixelchains/pixel_chain.h"
 #include "vekdll/planar/h2d_point.h"
+#include "vekdll/polygons/inner_area_scan.h"
 #include "vekdll/polygons/resolution_data.h"
 #include "vekdll/polygons/sse_2d_polygon.h"
 #include "vekdll/polygons/sse_3d_polygon.h"

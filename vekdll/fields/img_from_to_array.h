@@ -53,6 +53,11 @@ public:
 
     int GetNumEntries() const { return NumEntries; }
 
+    // Paints the spans into `m` for inspection: the start of line i as a
+    // splat of 20 at (from, 4 i), its end as a splat of 30 at (to, 4 i),
+    // clamped to the field (img_from_to_array_drawing.cpp).
+    void DrawInMatrix(CSSEMatrix& m) const;
+
 protected:
     // One pair per line that holds image rows, (sizeY + 3) >> 2 of them, all
     // (0, 999999); any old array is released first.

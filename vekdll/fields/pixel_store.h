@@ -25,6 +25,28 @@ inline int TruncatedIndex(float v, int lower, int upper)
     return static_cast<int>(v);
 }
 
+// The rasterisers' conversion of a coordinate to a pixel index, before the
+// field's clamp: truncation towards zero. It saturates at +-kCoordinateLimit,
+// far beyond any field but with room for the margins and single steps that
+// callers add, so that a coordinate far outside the field or not a number
+// (which goes to the lower limit) reaches the rim through the clamp instead
+// of overflowing the conversion.
+inline constexpr int kCoordinateLimit = 1 << 30;
+
+inline int TruncatedCoordinate(float v)
+{
+    if (!(v > -static_cast<float>(kCoordinateLimit))) return -kCoordinateLimit;
+    if (v >= static_cast<float>(kCoordinateLimit)) return kCoordinateLimit;
+    return static_cast<int>(v);
+}
+
+// Rounding is the coordinate plus 0.5, truncated towards zero: everything
+// from above -1.5 up to below 0.5 goes to 0.
+inline int RoundedCoordinate(float v)
+{
+    return TruncatedCoordinate(v + 0.5f);
+}
+
 // How a value is merged into a pixel: written over it, or kept only where it
 // is larger (Maximum) or smaller (Minimum) than what is there.
 enum class PixelStore { Value, Maximum, Minimum };

@@ -9,6 +9,7 @@
 #include "vekdll/platform/framework_exceptions.h"
 
 class CArchive;
+class CSSE3dPolygon;
 class CSSEcharMatrix;
 
 // The float raster of the library: height fields, distance images and masks.
@@ -380,6 +381,26 @@ public:
     // ends only at a hit. A mask of another size leaves the field alone.
     void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEMatrix& mask, int yStop);
     void DrawFirstPointLinedUseMask(int x, float t, bool above, float v, int& y, CSSEcharMatrix& mask, int yStop);
+
+    // ---------------------------------------------------------------- cuts along a curve (sse_matrix_bow_cuts.cpp)
+    // A bow is a line that runs roughly along x through the field; these
+    // overwrite with v what lies beyond it. The first three resample the bow
+    // itself first, which changes the line passed in: to a spacing of 0.5 as
+    // a closed line (LeftOfBow) or as an open one, without its last point
+    // (the OpenBow forms), so that no column is skipped. Then, with k =
+    // max(RowProcessed - the bow's largest y truncated, 1), each point
+    // (x, y), rounded to column c and row r, clears in column c:
+    //   LeftOf...:  for r < SizeY, SizeY - r rows from row r + k + shift down;
+    //   RightOf...: for r > 0, r rows from row k + shift down.
+    // Rows and columns beyond the field pile up on its rim.
+    void RemoveImageValuesLeftOfBow(CSSE3dPolygon& bow, float v, int shift);
+    void RemoveImageValuesLeftOfOpenBow(CSSE3dPolygon& bow, float v, int shift);
+    void RemoveImageValuesRightOfOpenBow(CSSE3dPolygon& bow, float v, int shift);
+    // Every pixel whose (x, y) is not in the inner area of the bow taken as a
+    // closed line (PointInLineInnerArea, step 1) becomes v: all of them for
+    // a bow of one or two points, none for a bow without points. The bow
+    // isn't resampled; `shift` has no effect.
+    void RemoveImageValuesOutSideOfBow(CSSE3dPolygon& bow, float v, int shift);
 
     // ---------------------------------------------------------------- persistence (sse_matrix_archive.cpp)
     // SizeX and SizeY as int, then every vector column by column, within a

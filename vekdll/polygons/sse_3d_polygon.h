@@ -8,6 +8,8 @@
 
 class CArchive;
 class CPixelChain;
+class CSSEcharMatrix;
+class CSSEMatrix;
 
 // The library's one polyline: an ordered run of points in space. Each
 // coordinate lives in an array of its own, 16-byte aligned and allocated in
@@ -137,6 +139,61 @@ public:
     // plain box holds.
     bool PointInLineInnerAreaNormalized(SSEPoint& p, int step);
     bool PointInLineInnerAreaNormalized(float x, float y, int step);
+    // Whether every point of `other` lies in the inner area (step 1); false
+    // when either line has no point.
+    bool PolygonInThisPolygon(CSSE3dPolygon& other);
+    // Keeps, in order, the points of this line that lie in the inner area of
+    // `other` (step 1); none survive an `other` of fewer than 3 points.
+    void KeepPointsInInner(CSSE3dPolygon& other);
+
+    // Polygon coordinates are pixel coordinates, x the column and y the row.
+    // A coordinate is rounded as v + 0.5 truncated towards zero. A plain
+    // pixel is clamped to the field; a splat writes the 3 x 3 pixels around
+    // its centre, which is clamped to 1 ... Size - 2 so that the splat stays
+    // whole in the field. A field without an image is left alone.
+    //
+    // Each point as a plain pixel of its own height z at the rounded (x, y).
+    void DrawInMatrix(CSSEMatrix* m);
+    // Each point with `value`: with drawXZ a splat at (x + offsetX, z +
+    // offsetY), else with drawZY a plain pixel at (z, y) without offsets, else
+    // a splat at (x + offsetX, y + offsetY). Nothing joins the points.
+    void DrawInMatrix(float value, CSSEMatrix* m, bool drawZY, float offsetX, float offsetY, bool drawXZ);
+    // Plots the first 4 (NumPoints >> 2) points with `value`, then from each
+    // of them scans to the left of the way to the next one (the line closed
+    // over those points, y pointing up) for a pixel within the tolerance of
+    // `value`: 0.1 when the scan runs towards larger rows, 1.0 otherwise. The
+    // pixels passed on the way to such a pixel get value + 5; a scan that
+    // reaches the rim without one fills nothing. A dense counter-clockwise
+    // line so fills its inside.
+    void DrawInMatrixAndFill(float value, CSSEMatrix* m);
+    // The even-odd fills of a band of rows: rows from the line's smallest y
+    // (or yFrom, if larger) to its largest (or yTo, if smaller), with a margin
+    // of 5 around the band and the line's columns, the band and the columns
+    // clamped to the field first. A pixel gets `value` where its (x, y) lies
+    // in the inner area of a copy of the line, subsampled by 5 if asked and
+    // rid of its near-duplicate points; the line itself is not plotted, and
+    // rows and columns beyond the field reach the rim pixels. The line's box
+    // is recalculated. Lines of fewer than 3 points fill nothing.
+    void DrawInMatrixAndFillFine(float value, CSSEMatrix* m, bool subsample, float yFrom, float yTo);
+    void DrawInCharMatrixAndFillFine(char value, CSSEcharMatrix* m, bool subsample, float yFrom, float yTo);
+    // The same test on every third column and row, with a margin of 9 and
+    // the band not clamped to the field, each inner grid point written as a
+    // splat, so that the splats touch: a cheap mask.
+    void DrawInMatrixAndFillCoarse(float value, CSSEMatrix* m, bool subsample, float yFrom, float yTo);
+    // Each point of the line in x and z sweeps a column of splats from row
+    // z + offsetZ (rounded) towards row 1 (toLowerRows) or towards the last
+    // row, in column x + offsetX (rounded, at least 1): the area between the
+    // line and one rim is closed, as behind a front.
+    void DrawInMatrixAndFillToOneSideFront(float value, CSSEMatrix* m, float offsetX, float offsetZ, bool toLowerRows);
+    // Every pixel of `target` within 20 of `value` (a marked inner pixel)
+    // becomes its distance to this line in world units: the planar distance
+    // up to 0.35, beyond it blended towards the spatial distance to the
+    // line, with the pixel's height from `heights`, fully from 0.5 (steepRamp)
+    // or 2.0 on. Only the line's box with a margin of 4 is visited. The
+    // distances run over whole blocks of four points, leaving out blocks so
+    // that about every 0.1 units of the line is read; the normalised copy is
+    // made anew from `res`.
+    void InternalAreaDistanceTransform(float value, CSSEMatrix* heights, CSSEMatrix* target, t_resolutiondata& res, bool steepRamp);
 
     // ---------------------------------------------------------------- resampling
     // Most of the methods below rebuild the line: the normalised copy then
@@ -236,6 +293,32 @@ public:
     void AddNoiseXY(float amplitude);
 
     // ---------------------------------------------------------------- offsetting
+    // Moves every point by (dx, dy, dz); the box is calculated afterwards.
+    void ShiftLine(float dx, float dy, float dz);
+    // Scales every point per coordinate, about the origin or about the
+    // geometric centre; with reparametrize, ReParametrize(0.6) follows, so
+    // that a grown line stays dense enough for the point-wise fills.
+    void BlowLine(float sx, float sy, float sz, bool reparametrize);
+    void BlowLineAroundCenter(float sx, float sy, float sz, bool reparametrize);
+    // Moves every point by `distance` straight away from (Dilation) or
+    // towards (Erosion) the geometric centre, taken before useHull replaces
+    // the points by their convex hull in the plane. A true offset only of a
+    // convex line around its centre: a point nearer to the centre than the
+    // distance crosses it on erosion, and a point on the centre divides by 0.
+    void DoQuasiMinkowskiDilation(float distance, bool useHull);
+    void DoQuasiMinkowskiErosion(float distance, bool useHull);
+    void DoQuasiMinkowskiDilationCenter(float distance, SSEPoint& centre);
+    // A half disc of K samples of the given radius (K a multiple of four) is
+    // laid on every point, and the samples that fall inside another point's
+    // half disc, or inside the line (DilateExact) or outside it (ErodeExact),
+    // are dropped: the line becomes the surviving samples, in order of their
+    // points, a cloud rather than a traced outline. Dilation takes about one
+    // sample per mean segment length along a full circle; erosion takes K
+    // from the radius alone. A line that would lose every sample keeps its
+    // points. The cost grows with n^2 K^2: meant for short lines and small
+    // radii.
+    void DilateExact(float radius);
+    void ErodeExact(float radius);
 
 private:
     bool InRange(int i) const { return i >= 0 && i < NumPoints; }
@@ -262,6 +345,12 @@ private:
     // The box test and crossing count of the inner-area tests, with the
     // edges read from `xs` and `ys`.
     bool InnerAreaTest(__m128 point, const float* xs, const float* ys, int step);
+    // Every point p becomes p + distance * v / |v|, v = p - centre.
+    void PushFromCentre(const SSEPoint& centre, float distance);
+    // The body of DilateExact and ErodeExact: half discs of `samples` points;
+    // a sample survives the line's own test if it lies inside the line
+    // exactly when keepInside is true.
+    void KeepSamplesOfHalfDiscs(float radius, long long samples, bool keepInside);
 
     float* PointsX;
     float* PointsY;

@@ -1,23 +1,18 @@
-// The point-in-area test of the closed line.
+// The point-in-area test of the closed line, and the tests of whole lines built on it.
 
+#include <vector>
+
+#include "vekdll/polygons/inner_area_chords.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace {
 
-// One chord of the even-odd count. The chord counts where the test column
-// x lies in (a.x, b.x], a being the end with the smaller x: open at the
-// smaller end and closed at the larger, so that a vertex is counted once and
-// a vertical chord never. It toggles when it passes strictly on the side of
-// larger y at the test column.
+// One chord of the even-odd count: it toggles where it is counted at the
+// test column and passes strictly above the test point.
 bool CrossesAbove(float x, float y, float prevX, float prevY, float curX, float curY)
 {
-    if ((x > curX) != (prevX >= x)) return false;
-    const bool curIsLower = curX <= prevX;
-    const float ax = curIsLower ? curX : prevX;
-    const float ay = curIsLower ? curY : prevY;
-    const float bx = curIsLower ? prevX : curX;
-    const float by = curIsLower ? prevY : curY;
-    return (by - ay) * (x - ax) > (bx - ax) * (y - ay);
+    using namespace vek::detail;
+    return ChordCountsAtColumn(x, prevX, curX) && ChordPassesAbove(OrderedChord(prevX, prevY, curX, curY), x, y);
 }
 
 } // namespace
@@ -70,4 +65,20 @@ bool CSSE3dPolygon::PointInLineInnerAreaNormalized(SSEPoint& p, int step)
 bool CSSE3dPolygon::PointInLineInnerAreaNormalized(float x, float y, int step)
 {
     return InnerAreaTest(_mm_setr_ps(x, y, 0.0f, 0.0f), NormalizedX, NormalizedY, step);
+}
+
+bool CSSE3dPolygon::PolygonInThisPolygon(CSSE3dPolygon& other)
+{
+    if (NumPoints < 1 || other.NumPoints < 1) return false;
+    for (int i = 0; i < other.NumPoints; ++i) {
+        if (!PointInLineInnerArea(other.PointsX[i], other.PointsY[i], 1)) return false;
+    }
+    return true;
+}
+
+void CSSE3dPolygon::KeepPointsInInner(CSSE3dPolygon& other)
+{
+    std::vector<bool> keep(static_cast<std::size_t>(NumPoints));
+    for (int i = 0; i < NumPoints; ++i) keep[static_cast<std::size_t>(i)] = other.PointInLineInnerArea(PointsX[i], PointsY[i], 1);
+    KeepMarkedPoints(keep);
 }

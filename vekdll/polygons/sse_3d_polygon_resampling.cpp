@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "vekdll/foundation/sse_fns.h"
+#include "vekdll/polygons/near_duplicates.h"
 #include "vekdll/polygons/polygon_point_math.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 
@@ -20,9 +21,6 @@ namespace {
 // the room of a long one.
 constexpr int kBufferRoom = 100000;
 constexpr int kBufferFill = kBufferRoom - 1;
-
-// RemoveEqualPointsXY: points closer than this in |dx| + |dy| are one point.
-constexpr float kSamePointDistance = 1.0f;
 
 // The extremes of ResortAndSubsample start from these, so that a coordinate
 // beyond them is never an extreme.
@@ -235,12 +233,11 @@ void CSSE3dPolygon::RemoveEqualPointsXY()
     // Every point is compared with all earlier points of the line as it came,
     // dropped ones included. Right after a dropped point a near-duplicate
     // stays, so a run of close points is thinned, never emptied.
+    const std::vector<bool> near = vek::detail::EarlierNearDuplicatesXY(PointsX, PointsY, NumPoints);
     std::vector<bool> keep(static_cast<std::size_t>(NumPoints), true);
     int lastDropped = -1;
     for (int j = 1; j < NumPoints; ++j) {
-        SSEPoint p;
-        GetPointSSE(j, p);
-        if (lastDropped != j - 1 && PointAlreadyThereInArrayXY(j, p, kSamePointDistance)) {
+        if (lastDropped != j - 1 && near[static_cast<std::size_t>(j)]) {
             keep[static_cast<std::size_t>(j)] = false;
             lastDropped = j;
         }
