@@ -23,6 +23,7 @@ void VertexIndex::Drop()
 {
     cells_.clear();
     unbounded_.clear();
+    cellOf_.clear();
     count_ = 0;
     built_ = false;
 }
@@ -36,7 +37,7 @@ void VertexIndex::Follow(const SSEPoint* vertices, int count, int validBelow, st
         return;
     }
     const int kept = std::min({count_, count, std::max(validBelow, 0)});
-    while (count_ > kept) RemoveLast(vertices);
+    while (count_ > kept) RemoveLast();
     while (count_ < count) {
         const SSEPoint& v = vertices[count_];
         if (IsFinitePoint(v) && !InGrid(v.x, v.y)) {
@@ -105,21 +106,25 @@ std::size_t VertexIndex::CellOf(double x, double y) const
 void VertexIndex::Add(const SSEPoint* vertices, int index)
 {
     const SSEPoint& v = vertices[index];
-    if (IsFinitePoint(v))
-        cells_[CellOf(v.x, v.y)].push_back(index);
-    else
+    if (IsFinitePoint(v)) {
+        const std::size_t cell = CellOf(v.x, v.y);
+        cells_[cell].push_back(index);
+        cellOf_.push_back(static_cast<std::int64_t>(cell));
+    } else {
         unbounded_.push_back(index);
+        cellOf_.push_back(kUnbounded);
+    }
     count_ = index + 1;
 }
 
 // The last vertex is the last entry of its cell, since cells fill in index order.
-void VertexIndex::RemoveLast(const SSEPoint* vertices)
+void VertexIndex::RemoveLast()
 {
-    const int index = count_ - 1;
-    std::vector<std::int32_t>& holder =
-        !unbounded_.empty() && unbounded_.back() == index ? unbounded_ : cells_[CellOf(vertices[index].x, vertices[index].y)];
-    if (!holder.empty() && holder.back() == index) holder.pop_back();
-    count_ = index;
+    const std::int64_t cell = cellOf_.back();
+    std::vector<std::int32_t>& holder = cell == kUnbounded ? unbounded_ : cells_[static_cast<std::size_t>(cell)];
+    holder.pop_back();
+    cellOf_.pop_back();
+    --count_;
 }
 
 // The lowest index that passes `test` in the cells that the box lo ... hi

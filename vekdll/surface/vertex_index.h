@@ -44,7 +44,7 @@ public:
 private:
     void Rebuild(const SSEPoint* vertices, int count);
     void Add(const SSEPoint* vertices, int index);
-    void RemoveLast(const SSEPoint* vertices);
+    void RemoveLast();
     bool InGrid(double x, double y) const;
     std::size_t CellOf(double x, double y) const;
     int Clamped(double cells, int count) const;
@@ -53,6 +53,10 @@ private:
 
     std::vector<std::vector<std::int32_t>> cells_;
     std::vector<std::int32_t> unbounded_; // vertices with a coordinate that is not finite
+    // The cell of each indexed vertex (kUnbounded for the list above), kept
+    // because a vertex dropped from the store can no longer be read.
+    static constexpr std::int64_t kUnbounded = -1;
+    std::vector<std::int64_t> cellOf_;
     double minX_ = 0.0;
     double minY_ = 0.0;
     double maxX_ = -1.0;
