@@ -118,9 +118,17 @@ Point Scaled(Point p, double s)
     return {p.x * s, p.y * s};
 }
 
+// Rounded to float through memory: g++ 12 at -O2 drops a round trip from
+// double to float and back when it vectorizes two of them side by side.
+double ToFloat(double v)
+{
+    volatile float rounded = static_cast<float>(v);
+    return rounded;
+}
+
 Point FloatRounded(Point p)
 {
-    return {static_cast<float>(p.x), static_cast<float>(p.y)};
+    return {ToFloat(p.x), ToFloat(p.y)};
 }
 
 TEST(ExactPredicates, RandomPointsOfMixedMagnitudeAgreeWithExactArithmetic)
@@ -207,13 +215,15 @@ TEST(ExactPredicates, LatticePointsDecideDegenerateCasesExactlyAtEveryScale)
 {
     // Every triple and every quadruple of a 3 x 3 lattice: collinear runs,
     // cocircular squares and repeated points give exactly 0. Scaled by
-    // powers of two far beyond what the plain products hold, the signs stay.
+    // powers of two far beyond what the plain products hold, the signs stay;
+    // scaled by 2^52 + 1 and others, the lattice is one of long integers,
+    // whose differences are exact but too long for 64-bit products.
     std::vector<Point> lattice;
     for (int x = -1; x <= 1; ++x) {
         for (int y = -1; y <= 1; ++y) lattice.push_back({double(x), double(y)});
     }
     int zeros = 0;
-    const double orientScales[] = {1.0, 0x1p-600, 0x1p600, 0x1p-1060, 0x1p1000};
+    const double orientScales[] = {1.0, 0x1p-600, 0x1p600, 0x1p-1060, 0x1p1000, 0x1p52 + 1, 0x1p61 + 0x1p9};
     for (const Point& a : lattice) {
         for (const Point& b : lattice) {
             for (const Point& c : lattice) {
@@ -224,7 +234,7 @@ TEST(ExactPredicates, LatticePointsDecideDegenerateCasesExactlyAtEveryScale)
         }
     }
     EXPECT_EQ(vek::Orient2D(1, 1, 1, 1, 1, 1), 0.0);
-    const double inCircleScales[] = {1.0, 0x1p-300, 0x1p300, 0x1p-1000};
+    const double inCircleScales[] = {1.0, 0x1p-300, 0x1p300, 0x1p-1000, 0x1p52 + 1, 0x1p32 + 1};
     for (const Point& a : lattice) {
         for (const Point& b : lattice) {
             for (const Point& c : lattice) {
@@ -261,6 +271,21 @@ TEST(ExactPredicates, WideRangesOfMagnitudeWithinTheDocumentedBounds)
     ExpectInCircleExact({wide, 0}, {0, wide}, {-wide, 0}, {narrow, Ulps(wide, -1)});
     ExpectInCircleExact({narrow, 0}, {0, narrow}, {-narrow, 0}, {0, Ulps(-narrow, 1)});
     ExpectInCircleExact({wide, narrow}, {narrow, wide}, {-wide, narrow}, {narrow, -wide});
+    // Exact differences of 55 to 75 bits, and a determinant far within the
+    // plain rounding error.
+    for (int bits = 55; bits <= 75; ++bits) {
+        const double far = std::ldexp(1.0, bits - 1);
+        ExpectOrientationExact({far, far + std::ldexp(1.0, bits - 53)}, {1, 1}, {0, 0});
+        ExpectOrientationExact({far, far + std::ldexp(1.0, bits - 53)}, {3, 3}, {-1, -1});
+    }
+    // Integer points on a circle of radius 5 (2^31 + 1) and next to it:
+    // exact differences of 35 bits, whose squares take 70.
+    const double unit = 0x1p31 + 1;
+    for (double dx : {-1.0, 0.0, 1.0}) {
+        for (double dy : {-1.0, 0.0, 1.0}) {
+            ExpectInCircleExact({5 * unit, 0}, {0, 5 * unit}, {-3 * unit, -4 * unit}, {4 * unit + dx, -3 * unit + dy});
+        }
+    }
     // Subnormal coordinates.
     const double tiny = std::numeric_limits<double>::denorm_min();
     ExpectOrientationExact({tiny, tiny}, {3 * tiny, 2 * tiny}, {5 * tiny, 3 * tiny});

@@ -1,19 +1,27 @@
-// The adaptive stages of the exact predicates. Each first scales the
-// coordinates by a power of two into a fixed working range, which changes
-// no sign and keeps every exact product clear of overflow and underflow;
-// then it evaluates the determinant exactly on the rounded coordinate
-// differences, which decides unless the result is again within the rounding
-// error of those differences; only then does it add the differences' own
-// rounding errors and so evaluate the determinant exactly.
+// The adaptive stages of the exact predicates. Points on a common grid,
+// such as raster cells, give exact coordinate differences that are short
+// integers on that grid; the determinant of those is evaluated exactly in
+// 128-bit integers, which settles the collinear and cocircular sets of
+// gridded data quickly. Any other input is scaled by a power of two into a
+// fixed working range, which changes no sign and keeps every exact product
+// clear of overflow and underflow; then the determinant is evaluated
+// exactly on the rounded coordinate differences, which decides unless the
+// result is again within the rounding error of those differences; only then
+// are the differences' own rounding errors added, which gives the exact value.
 
 #include "vekdll/foundation/exact_predicates.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <limits>
 
 #include "vekdll/foundation/float_expansion.h"
 
 namespace vek::detail {
 namespace {
+
+__extension__ typedef __int128 Int128;
 
 // Error bounds of the stage on rounded differences: what the rounding of
 // the differences themselves can change, relative to the permanent.
@@ -37,9 +45,17 @@ struct ScaledCoordinates {
     bool finite = true;
 };
 
-double PowerOfTwo(int exponent)
+// 2^exponent for an exponent of the normal range, -1022 to 1023.
+double NormalPowerOfTwo(int exponent)
 {
-    return std::ldexp(1.0, exponent);
+    return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+
+// The binary exponent of a positive finite number: 2^e <= x < 2^(e+1).
+int BinaryExponent(double x)
+{
+    const int biased = static_cast<int>(std::bit_cast<std::uint64_t>(x) >> 52) & 0x7FF;
+    return biased != 0 ? biased - 1023 : std::ilogb(x);
 }
 
 // Multiplies every coordinate by the power of two that brings the largest
@@ -51,19 +67,20 @@ ScaledCoordinates<Count> ScaleToWorkingRange(const double (&coordinates)[Count],
 {
     ScaledCoordinates<Count> scaled;
     double largest = 0.0;
-    for (double c : coordinates) largest = std::fmax(largest, std::fabs(c));
-    for (double c : coordinates) scaled.finite = scaled.finite && std::isfinite(c);
+    for (double c : coordinates) {
+        scaled.finite = scaled.finite && std::isfinite(c);
+        largest = std::max(largest, std::fabs(c));
+    }
     if (!scaled.finite) return scaled;
     if (largest == 0.0) {
         scaled.allZero = true;
         return scaled;
     }
-    scaled.shift = exponent - std::ilogb(largest);
-    // The shift can exceed what one double power of two holds (a subnormal
-    // largest coordinate), so it is applied in two halves.
-    const int half = scaled.shift / 2;
-    const double first = PowerOfTwo(half);
-    const double second = PowerOfTwo(scaled.shift - half);
+    scaled.shift = exponent - BinaryExponent(largest);
+    // The shift can exceed the range of one power of two (for a subnormal
+    // largest coordinate), but each half stays within it.
+    const double first = NormalPowerOfTwo(scaled.shift / 2);
+    const double second = NormalPowerOfTwo(scaled.shift - scaled.shift / 2);
     for (int i = 0; i < Count; ++i) scaled.value[i] = coordinates[i] * first * second;
     return scaled;
 }
@@ -72,9 +89,93 @@ ScaledCoordinates<Count> ScaleToWorkingRange(const double (&coordinates)[Count],
 // underflows, the smallest number of the right sign stands in for it.
 double Unscale(double value, int degree, int shift)
 {
-    const double unscaled = std::ldexp(value, -degree * shift);
+    const int exponent = -degree * shift;
+    const double unscaled =
+        exponent >= -1022 && exponent <= 1023 ? value * NormalPowerOfTwo(exponent) : std::ldexp(value, exponent);
     if (unscaled == 0.0 && value != 0.0) return std::copysign(std::numeric_limits<double>::denorm_min(), value);
     return unscaled;
+}
+
+// A finite double as mantissa * 2^exponent with an odd mantissa, or 0.
+struct Dyadic {
+    std::uint64_t mantissa;
+    int exponent;
+    bool negative;
+};
+
+Dyadic DyadicOf(double v)
+{
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(v);
+    const int biased = static_cast<int>(bits >> 52) & 0x7FF;
+    const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
+    Dyadic d{biased == 0 ? fraction : fraction | (std::uint64_t{1} << 52), biased == 0 ? -1074 : biased - 1075,
+             (bits >> 63) != 0};
+    if (d.mantissa != 0) {
+        const int zeros = std::countr_zero(d.mantissa);
+        d.mantissa >>= zeros;
+        d.exponent += zeros;
+    }
+    return d;
+}
+
+// The differences a[i] - b[i] as integers on their common grid 2^Exponent.
+template <int Count>
+struct GridDifferences {
+    std::int64_t units[Count];
+    int exponent = 0;
+};
+
+// True, with `grid` filled, if every difference is exact in double and all
+// are below 2^bits units of the finest grid that holds them all.
+template <int Count>
+bool DifferencesOnGrid(const double (&a)[Count], const double (&b)[Count], int bits, GridDifferences<Count>& grid)
+{
+    Dyadic d[Count];
+    int lowest = std::numeric_limits<int>::max();
+    int highest = std::numeric_limits<int>::min();
+    for (int i = 0; i < Count; ++i) {
+        const ExactPair difference = TwoDiff(a[i], b[i]);
+        if (difference.lo != 0.0 || !std::isfinite(difference.hi)) return false;
+        d[i] = DyadicOf(difference.hi);
+        if (d[i].mantissa == 0) continue;
+        lowest = std::min(lowest, d[i].exponent);
+        highest = std::max(highest, d[i].exponent + static_cast<int>(std::bit_width(d[i].mantissa)));
+    }
+    if (lowest == std::numeric_limits<int>::max()) lowest = highest = 0;  // all differences 0
+    if (highest - lowest > bits) return false;
+    for (int i = 0; i < Count; ++i) {
+        const std::int64_t units = d[i].mantissa == 0 ? 0 : static_cast<std::int64_t>(d[i].mantissa << (d[i].exponent - lowest));
+        grid.units[i] = d[i].negative ? -units : units;
+    }
+    grid.exponent = lowest;
+    return true;
+}
+
+// Differences of up to 2^62 units keep the orientation's products below
+// 2^124; up to 2^30 units keep the in-circle lifts and cross terms below
+// 2^61 and its whole determinant below 2^124.
+constexpr int kOrientGridBits = 62;
+constexpr int kInCircleGridBits = 30;
+
+double OrientOnGrid(const GridDifferences<4>& g)
+{
+    const std::int64_t* u = g.units;  // acx, acy, bcx, bcy
+    const Int128 det = Int128{u[0]} * u[3] - Int128{u[1]} * u[2];
+    return Unscale(static_cast<double>(det), 2, -g.exponent);
+}
+
+double InCircleOnGrid(const GridDifferences<6>& g)
+{
+    const std::int64_t* u = g.units;  // adx, ady, bdx, bdy, cdx, cdy
+    Int128 det = 0;
+    for (int p = 0; p < 3; ++p) {
+        const std::int64_t* first = u + 2 * ((p + 1) % 3);
+        const std::int64_t* second = u + 2 * ((p + 2) % 3);
+        const std::int64_t lift = u[2 * p] * u[2 * p] + u[2 * p + 1] * u[2 * p + 1];
+        const std::int64_t cross = first[0] * second[1] - second[0] * first[1];
+        det += Int128{lift} * cross;
+    }
+    return Unscale(static_cast<double>(det), 4, -g.exponent);
 }
 
 // The determinants, on coordinate differences given as expansions: single
@@ -112,6 +213,8 @@ Expansion<2> ExactDifference(double a, double b)
 
 double Orient2DAdaptive(double ax, double ay, double bx, double by, double cx, double cy)
 {
+    GridDifferences<4> grid;
+    if (DifferencesOnGrid({ax, ay, bx, by}, {cx, cy, cx, cy}, kOrientGridBits, grid)) return OrientOnGrid(grid);
     const auto scaled = ScaleToWorkingRange({ax, ay, bx, by, cx, cy}, kOrientWorkingExponent);
     if (!scaled.finite) return std::numeric_limits<double>::quiet_NaN();
     if (scaled.allZero) return 0.0;
@@ -140,6 +243,10 @@ double Orient2DAdaptive(double ax, double ay, double bx, double by, double cx, d
 
 double InCircleAdaptive(double ax, double ay, double bx, double by, double cx, double cy, double dx, double dy)
 {
+    GridDifferences<6> grid;
+    if (DifferencesOnGrid({ax, ay, bx, by, cx, cy}, {dx, dy, dx, dy, dx, dy}, kInCircleGridBits, grid)) {
+        return InCircleOnGrid(grid);
+    }
     const auto scaled = ScaleToWorkingRange({ax, ay, bx, by, cx, cy, dx, dy}, kInCircleWorkingExponent);
     if (!scaled.finite) return std::numeric_limits<double>::quiet_NaN();
     if (scaled.allZero) return 0.0;

@@ -41,35 +41,35 @@ inline constexpr double kInCircleErrorBound = (10.0 + 96.0 * kRoundoff) * kRound
 
 // A product that falls below the normal range is rounded to an absolute
 // grid of 2^-1074 instead of relatively. This bounds what that adds, per
-// unit of what the rounded product is multiplied by later on.
-inline constexpr double kUnderflowErrorBound = 0x1p-1070;
+// unit of what the rounded product is multiplied by later on. It is far
+// more than needed (2^-1072 would do) and so costs only inputs far smaller
+// than any in practice their speed; but it is a normal number, and so is
+// its product with anything at least 1, and no arithmetic of the plain
+// stage meets a subnormal operand, which costs many processors a slow
+// assist of a hundred cycles or more.
+inline constexpr double kUnderflowErrorBound = 0x1p-1000;
 
 // The adaptive stages: the exact sign where the plain value was undecided.
 VEKDLL_API double Orient2DAdaptive(double ax, double ay, double bx, double by, double cx, double cy);
 VEKDLL_API double InCircleAdaptive(double ax, double ay, double bx, double by, double cx, double cy, double dx,
                                    double dy);
 
-} // namespace detail
-
-// Twice the signed area of the triangle a, b, c: positive if a, b, c run
-// counter-clockwise (c lies left of the line from a to b, y pointing up),
-// negative if clockwise, exactly 0 if the three are collinear.
-inline double Orient2D(double ax, double ay, double bx, double by, double cx, double cy)
+// The plain evaluations: `det` receives the determinant in plain double
+// arithmetic, and the result tells whether its sign is certain.
+inline bool Orient2DPlain(double ax, double ay, double bx, double by, double cx, double cy, double& det)
 {
     const double left = (ax - cx) * (by - cy);
     const double right = (ay - cy) * (bx - cx);
-    const double det = left - right;
-    const double bound = detail::kOrientErrorBound * (std::fabs(left) + std::fabs(right)) + detail::kUnderflowErrorBound;
-    // Strict comparisons, so that an overflow to infinity or not-a-number is
-    // never taken for a decision.
-    if (det > bound || -det > bound) return det;
-    return detail::Orient2DAdaptive(ax, ay, bx, by, cx, cy);
+    det = left - right;
+    const double bound = kOrientErrorBound * (std::fabs(left) + std::fabs(right)) + kUnderflowErrorBound;
+    // One comparison, whatever the sign, so that the branch on the result is
+    // always predicted; strict, so that an overflow to infinity or
+    // not-a-number is never taken for a decision.
+    return std::fabs(det) > bound;
 }
 
-// Positive if d lies strictly inside the circle through a, b, c when a, b,
-// c run counter-clockwise, negative if strictly outside, exactly 0 if on it;
-// the sign turns over when a, b, c run clockwise.
-inline double InCircle(double ax, double ay, double bx, double by, double cx, double cy, double dx, double dy)
+inline bool InCirclePlain(double ax, double ay, double bx, double by, double cx, double cy, double dx, double dy,
+                          double& det)
 {
     const double adx = ax - dx;
     const double ady = ay - dy;
@@ -88,16 +88,37 @@ inline double InCircle(double ax, double ay, double bx, double by, double cx, do
     const double bdxady = bdx * ady;
     const double cLift = cdx * cdx + cdy * cdy;
 
-    const double det = aLift * (bdxcdy - cdxbdy) + bLift * (cdxady - adxcdy) + cLift * (adxbdy - bdxady);
+    det = aLift * (bdxcdy - cdxbdy) + bLift * (cdxady - adxcdy) + cLift * (adxbdy - bdxady);
     const double aCross = std::fabs(bdxcdy) + std::fabs(cdxbdy);
     const double bCross = std::fabs(cdxady) + std::fabs(adxcdy);
     const double cCross = std::fabs(adxbdy) + std::fabs(bdxady);
     const double permanent = aCross * aLift + bCross * bLift + cCross * cLift;
     // A product rounded below the normal range errs absolutely, and the
     // error is carried on by the lift or the cross term it is multiplied by.
-    const double underflow = detail::kUnderflowErrorBound * (aLift + bLift + cLift + aCross + bCross + cCross + 1.0);
-    const double bound = detail::kInCircleErrorBound * permanent + underflow;
-    if (det > bound || -det > bound) return det;
+    const double underflow = kUnderflowErrorBound * (aLift + bLift + cLift + aCross + bCross + cCross + 1.0);
+    const double bound = kInCircleErrorBound * permanent + underflow;
+    return std::fabs(det) > bound;
+}
+
+} // namespace detail
+
+// Twice the signed area of the triangle a, b, c: positive if a, b, c run
+// counter-clockwise (c lies left of the line from a to b, y pointing up),
+// negative if clockwise, exactly 0 if the three are collinear.
+inline double Orient2D(double ax, double ay, double bx, double by, double cx, double cy)
+{
+    double det = 0.0;
+    if (detail::Orient2DPlain(ax, ay, bx, by, cx, cy, det)) return det;
+    return detail::Orient2DAdaptive(ax, ay, bx, by, cx, cy);
+}
+
+// Positive if d lies strictly inside the circle through a, b, c when a, b,
+// c run counter-clockwise, negative if strictly outside, exactly 0 if on it;
+// the sign turns over when a, b, c run clockwise.
+inline double InCircle(double ax, double ay, double bx, double by, double cx, double cy, double dx, double dy)
+{
+    double det = 0.0;
+    if (detail::InCirclePlain(ax, ay, bx, by, cx, cy, dx, dy, det)) return det;
     return detail::InCircleAdaptive(ax, ay, bx, by, cx, cy, dx, dy);
 }
 

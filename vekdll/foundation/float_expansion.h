@@ -116,22 +116,30 @@ class Expansion {
 public:
     static constexpr int kCapacity = Capacity;
 
-    // The components beyond the size are never read, so they are left
-    // unset, and copies take only the components in use: the exact stages
-    // hold expansions of up to some thousand components.
-    Expansion() {}
-    Expansion(const Expansion& other) : size_(other.size_)
+    // A small expansion is copied whole, which the compiler does in a few
+    // moves. A large one (the exact stages hold some thousand components)
+    // leaves its unused room unset and is copied as far as it is in use.
+    Expansion()
     {
-        std::copy(other.components_.begin(), other.components_.begin() + size_, components_.begin());
+        if constexpr (kCopiedWhole) components_.fill(0.0);
     }
+    Expansion(const Expansion& other) : Expansion() { *this = other; }
     Expansion& operator=(const Expansion& other)
     {
         size_ = other.size_;
-        std::copy(other.components_.begin(), other.components_.begin() + size_, components_.begin());
+        if constexpr (kCopiedWhole) {
+            components_ = other.components_;
+        } else {
+            std::copy(other.components_.begin(), other.components_.begin() + size_, components_.begin());
+        }
         return *this;
     }
-    explicit Expansion(double value) : size_(1) { components_[0] = value; }
-    explicit Expansion(ExactPair pair)
+    explicit Expansion(double value) : Expansion()
+    {
+        components_[0] = value;
+        size_ = 1;
+    }
+    explicit Expansion(ExactPair pair) : Expansion()
     {
         // The rounding error is the smaller component; a zero one is dropped.
         if (pair.lo != 0.0) components_[size_++] = pair.lo;
@@ -157,6 +165,7 @@ public:
     }
 
 private:
+    static constexpr bool kCopiedWhole = Capacity <= 32;
     std::array<double, Capacity> components_;
     int size_ = 0;
 };
