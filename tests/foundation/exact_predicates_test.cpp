@@ -37,14 +37,12 @@ ExactInteger Determinant(const std::vector<std::vector<ExactInteger>>& m)
     return sum;
 }
 
-// The reference signs: the orientation as det [x y 1] and the in-circle
-// test as det [x y x^2+y^2 1] over the points' rows, in integers on the
-// points' common grid.
+// The reference signs, in integers on the points' common grid: the
+// orientation as (b - a) x (c - a), and the in-circle test as
+// det [x y x^2+y^2 1] over the points' rows.
 int ExactOrientation(Point a, Point b, Point c)
 {
-    const auto n = vek::test::OnCommonGrid({a.x, a.y, b.x, b.y, c.x, c.y});
-    const ExactInteger one(1);
-    return Determinant({{n[0], n[1], one}, {n[2], n[3], one}, {n[4], n[5], one}}).Sign();
+    return vek::test::ExactOrientation(a.x, a.y, b.x, b.y, c.x, c.y);
 }
 
 int ExactInCircle(Point a, Point b, Point c, Point d)

@@ -154,4 +154,12 @@ inline std::vector<ExactInteger> OnCommonGrid(const std::vector<double>& values)
     return integers;
 }
 
+// The sign of twice the signed area of the triangle a, b, c: 1 if it
+// turns left (counter-clockwise), -1 if right, 0 if the three are collinear.
+inline int ExactOrientation(double ax, double ay, double bx, double by, double cx, double cy)
+{
+    const std::vector<ExactInteger> n = OnCommonGrid({ax, ay, bx, by, cx, cy});
+    return ((n[2] - n[0]) * (n[5] - n[1]) - (n[3] - n[1]) * (n[4] - n[0])).Sign();
+}
+
 } // namespace vek::test
