@@ -79,7 +79,8 @@ int InCircleSign(Point a, Point b, Point c, Point d)
 void ExpectOrientationExact(Point a, Point b, Point c)
 {
     const int expected = ExactOrientation(a, b, c);
-    ASSERT_EQ(Orientation(a, b, c), expected) << a.x << ' ' << a.y << ' ' << b.x << ' ' << b.y << ' ' << c.x << ' ' << c.y;
+    ASSERT_EQ(Orientation(a, b, c), expected)
+        << a.x << ' ' << a.y << ' ' << b.x << ' ' << b.y << ' ' << c.x << ' ' << c.y;
     EXPECT_EQ(Orientation(b, c, a), expected);
     EXPECT_EQ(Orientation(b, a, c), -expected);
     EXPECT_EQ(Orientation(a, c, b), -expected);
@@ -134,7 +135,9 @@ TEST(ExactPredicates, RandomPointsOfMixedMagnitudeAgreeWithExactArithmetic)
     std::mt19937_64 random(20240521);
     std::uniform_real_distribution<double> unit(-1.0, 1.0);
     std::uniform_int_distribution<int> exponent(-40, 40);
-    const auto coordinate = [&](bool mixed) { return mixed ? std::ldexp(unit(random), exponent(random)) : unit(random); };
+    const auto coordinate = [&](bool mixed) {
+        return mixed ? std::ldexp(unit(random), exponent(random)) : unit(random);
+    };
     for (int i = 0; i < 600; ++i) {
         const bool mixed = i % 2 == 1;
         const Point a{coordinate(mixed), coordinate(mixed)}, b{coordinate(mixed), coordinate(mixed)};
@@ -189,8 +192,8 @@ TEST(ExactPredicates, PointsWithinAFewUlpsOfACircleAreJudgedExactly)
     const struct {
         Point centre;
         double radius;
-    } circles[] = {{{0.0, 0.0}, 1.0}, {{0.3, 0.7}, 100.0}, {{5e5, 5e5}, 3.0}, {{-2e-9, 1e-9}, 3e-9},
-                   {{7e9, -3e9}, 2e9}, {{1e-3, 1e-3}, 1e3}};
+    } circles[] = {{{0.0, 0.0}, 1.0},     {{0.3, 0.7}, 100.0}, {{5e5, 5e5}, 3.0},
+                   {{-2e-9, 1e-9}, 3e-9}, {{7e9, -3e9}, 2e9},  {{1e-3, 1e-3}, 1e3}};
     for (const auto& circle : circles) {
         for (int round = 0; round < 6; ++round) {
             Point p[4];
@@ -227,7 +230,8 @@ TEST(ExactPredicates, LatticePointsDecideDegenerateCasesExactlyAtEveryScale)
             for (const Point& c : lattice) {
                 const int expected = ExactOrientation(a, b, c);
                 zeros += expected == 0;
-                for (double s : orientScales) EXPECT_EQ(Orientation(Scaled(a, s), Scaled(b, s), Scaled(c, s)), expected);
+                for (double s : orientScales)
+                    EXPECT_EQ(Orientation(Scaled(a, s), Scaled(b, s), Scaled(c, s)), expected);
             }
         }
     }
@@ -254,7 +258,7 @@ TEST(ExactPredicates, LatticePointsDecideDegenerateCasesExactlyAtEveryScale)
     EXPECT_LT(vek::InCircle(a.x, a.y, b.x, b.y, c.x, c.y, std::nextafter(-4.0, -5.0), 3), 0.0);
     // Clockwise, inside counts negative.
     EXPECT_LT(vek::InCircle(b.x, b.y, a.x, a.y, c.x, c.y, 0, 0), 0.0);
-    EXPECT_GT(zeros, 1000);  // the degenerate cases did come up
+    EXPECT_GT(zeros, 1000); // the degenerate cases did come up
 }
 
 TEST(ExactPredicates, WideRangesOfMagnitudeWithinTheDocumentedBounds)
@@ -308,7 +312,8 @@ TEST(ExactPredicates, TinyCoordinatesWhoseProductsRoundBelowTheNormalRange)
                 q = {s * std::cos(phi), s * std::sin(phi)};
             }
             for (int dx = -2; dx <= 2; ++dx) {
-                for (int dy = -2; dy <= 2; ++dy) ExpectInCircleExact(p[0], p[1], p[2], {Ulps(p[3].x, dx), Ulps(p[3].y, dy)});
+                for (int dy = -2; dy <= 2; ++dy)
+                    ExpectInCircleExact(p[0], p[1], p[2], {Ulps(p[3].x, dx), Ulps(p[3].y, dy)});
             }
         }
     }

@@ -38,7 +38,9 @@ TEST(DropRepeatedRingPoints, ClosingPointsAndRunsOfOnePlaceGo)
         // In the plane a point that differs in height alone is a repeat; the
         // first of a run stays, with its height.
         {"runs inside", {{0, 0, 1}, {4, 0, 2}, {4, 0, 9}, {4, 0, 2}, {4, 4, 3}, {0, 4, 4}, {0, 4, 8}}, square},
-        {"a point twice but not in a row", {{0, 0}, {2, 0}, {2, 2}, {2, 0}, {0, 2}}, {{0, 0}, {2, 0}, {2, 2}, {2, 0}, {0, 2}}},
+        {"a point twice but not in a row",
+         {{0, 0}, {2, 0}, {2, 2}, {2, 0}, {0, 2}},
+         {{0, 0}, {2, 0}, {2, 2}, {2, 0}, {0, 2}}},
         {"one place only", {{3, 3, 1}, {3, 3, 2}, {3, 3, 3}}, {{3, 3, 1}}},
         {"empty", {}, {}},
     };

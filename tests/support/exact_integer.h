@@ -51,7 +51,8 @@ public:
     {
         if (a.negative_ == b.negative_) return WithSign(AddMagnitudes(a.limbs_, b.limbs_), a.negative_);
         // Opposite signs: the larger magnitude wins.
-        if (CompareMagnitudes(a.limbs_, b.limbs_) >= 0) return WithSign(SubtractMagnitudes(a.limbs_, b.limbs_), a.negative_);
+        if (CompareMagnitudes(a.limbs_, b.limbs_) >= 0)
+            return WithSign(SubtractMagnitudes(a.limbs_, b.limbs_), a.negative_);
         return WithSign(SubtractMagnitudes(b.limbs_, a.limbs_), b.negative_);
     }
 
@@ -126,7 +127,7 @@ private:
     }
 
     bool negative_ = false;
-    Limbs limbs_;  // magnitude, least significant limb first, no leading zero limbs
+    Limbs limbs_; // magnitude, least significant limb first, no leading zero limbs
 };
 
 // The values as integers on their finest common grid 2^e: value[i] = result[i] * 2^e.
@@ -141,7 +142,7 @@ inline std::vector<ExactInteger> OnCommonGrid(const std::vector<double>& values)
     bool any = false;
     for (double v : values) {
         int exponent = 0;
-        const double fraction = std::frexp(v, &exponent);  // v = fraction * 2^exponent, 0.5 <= |fraction| < 1
+        const double fraction = std::frexp(v, &exponent); // v = fraction * 2^exponent, 0.5 <= |fraction| < 1
         const Dyadic d{static_cast<std::int64_t>(std::ldexp(fraction, 53)), exponent - 53};
         dyadic.push_back(d);
         if (v != 0.0) {
@@ -150,7 +151,8 @@ inline std::vector<ExactInteger> OnCommonGrid(const std::vector<double>& values)
         }
     }
     std::vector<ExactInteger> integers;
-    for (const Dyadic& d : dyadic) integers.push_back(ExactInteger(d.mantissa).ShiftedLeft(d.mantissa == 0 ? 0 : d.exponent - finest));
+    for (const Dyadic& d : dyadic)
+        integers.push_back(ExactInteger(d.mantissa).ShiftedLeft(d.mantissa == 0 ? 0 : d.exponent - finest));
     return integers;
 }
 

@@ -141,10 +141,11 @@ bool DifferencesOnGrid(const double (&a)[Count], const double (&b)[Count], int b
         lowest = std::min(lowest, d[i].exponent);
         highest = std::max(highest, d[i].exponent + static_cast<int>(std::bit_width(d[i].mantissa)));
     }
-    if (lowest == std::numeric_limits<int>::max()) lowest = highest = 0;  // all differences 0
+    if (lowest == std::numeric_limits<int>::max()) lowest = highest = 0; // all differences 0
     if (highest - lowest > bits) return false;
     for (int i = 0; i < Count; ++i) {
-        const std::int64_t units = d[i].mantissa == 0 ? 0 : static_cast<std::int64_t>(d[i].mantissa << (d[i].exponent - lowest));
+        const std::int64_t units =
+            d[i].mantissa == 0 ? 0 : static_cast<std::int64_t>(d[i].mantissa << (d[i].exponent - lowest));
         grid.units[i] = d[i].negative ? -units : units;
     }
     grid.exponent = lowest;
@@ -159,14 +160,14 @@ constexpr int kInCircleGridBits = 30;
 
 double OrientOnGrid(const GridDifferences<4>& g)
 {
-    const std::int64_t* u = g.units;  // acx, acy, bcx, bcy
+    const std::int64_t* u = g.units; // acx, acy, bcx, bcy
     const Int128 det = Int128{u[0]} * u[3] - Int128{u[1]} * u[2];
     return Unscale(static_cast<double>(det), 2, -g.exponent);
 }
 
 double InCircleOnGrid(const GridDifferences<6>& g)
 {
-    const std::int64_t* u = g.units;  // adx, ady, bdx, bdy, cdx, cdy
+    const std::int64_t* u = g.units; // adx, ady, bdx, bdy, cdx, cdy
     Int128 det = 0;
     for (int p = 0; p < 3; ++p) {
         const std::int64_t* first = u + 2 * ((p + 1) % 3);

@@ -78,7 +78,9 @@ inline int SumComponents(const double* e, int en, const double* f, int fn, doubl
 {
     int i = 0;
     int j = 0;
-    const auto smaller = [&]() { return (j >= fn || (i < en && std::fabs(e[i]) <= std::fabs(f[j]))) ? e[i++] : f[j++]; };
+    const auto smaller = [&]() {
+        return (j >= fn || (i < en && std::fabs(e[i]) <= std::fabs(f[j]))) ? e[i++] : f[j++];
+    };
     int n = 0;
     double carry = smaller();
     while (i < en || j < fn) {
@@ -196,8 +198,8 @@ template <int A, int B>
 Expansion<2 * A * B> operator*(const Expansion<A>& e, const Expansion<B>& f)
 {
     Expansion<2 * A * B> buffers[2];
-    Expansion<2 * A * B>* sum = &buffers[0];
-    Expansion<2 * A * B>* next = &buffers[1];
+    Expansion<2 * A* B>* sum = &buffers[0];
+    Expansion<2 * A* B>* next = &buffers[1];
     sum->Resize(ScaleComponents(e.Data(), e.Size(), f.Data()[0], sum->Data()));
     Expansion<2 * A> part;
     for (int j = 1; j < f.Size(); ++j) {
