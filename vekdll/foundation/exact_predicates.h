@@ -4,10 +4,12 @@
 // are widened to double and the determinant is first evaluated plainly; a
 // proven bound on its rounding error tells whether that sign can be
 // trusted, which it almost always can. Only when the value lies within the
-// bound does an adaptive evaluation run: the same determinant with exact
-// products of the rounded coordinate differences, and, if that is still
-// undecided and the differences were not exact, with the differences' own
-// rounding errors too, which is the exact value.
+// bound does an adaptive evaluation run: in 128-bit integers where the
+// coordinate differences are exact and short on a common grid (points on
+// raster cells, say), else the same determinant with exact products of the
+// rounded coordinate differences, and, if that is still undecided and the
+// differences were not exact, with the differences' own rounding errors
+// too, which is the exact value.
 //
 // Range: the sign is exact for every finite input whose largest coordinate
 // magnitude is at most 2^985 (Orient2D) or 2^466 (InCircle) times its
