@@ -1,4 +1,5 @@
-// Ear clipping of wavy rings and both convex hulls of random point clouds.
+// Ear clipping of wavy rings, with the tolerant and the exact predicates,
+// and both convex hulls of random point clouds.
 // Ear clipping and the spatial hull's input are quadratic by design: read
 // the growth off the rates.
 
@@ -45,13 +46,16 @@ void SetRate(benchmark::State& state, int count, const char* name)
                                               benchmark::Counter::kIsRate);
 }
 
+// The second argument chooses the predicates: 0 tolerant, 1 exact. The ring
+// is large enough that both clip the same ears.
 void BM_EarClipping(benchmark::State& state)
 {
     const int count = static_cast<int>(state.range(0));
+    const auto predicates = static_cast<vek::PlanarPredicates>(state.range(1));
     CSSE3dPolygon ring;
     MakeWavyRing(ring, count);
     for (auto _ : state) {
-        CHPolygonTriangulator triangulator(&ring, 1, 1.0f, 1.0f, 1.0f, true);
+        CHPolygonTriangulator triangulator(&ring, 1, 1.0f, 1.0f, 1.0f, true, predicates);
         benchmark::DoNotOptimize(triangulator.GetNumTriangles());
     }
     SetRate(state, count, "vertices/s");
@@ -94,8 +98,10 @@ void BM_ConvexHull3D(benchmark::State& state)
 // The smoke run keeps the smallest size of each: the larger ones take seconds.
 void EarClippingSizes(benchmark::internal::Benchmark* bench)
 {
-    bench->Arg(1 << 10);
-    if (!vek::bench::IsSmokeRun()) bench->Arg(1 << 12)->Arg(1 << 14);
+    for (long exact : {0, 1}) {
+        bench->Args({1 << 10, exact});
+        if (!vek::bench::IsSmokeRun()) bench->Args({1 << 12, exact})->Args({1 << 14, exact});
+    }
     bench->Unit(benchmark::kMillisecond);
 }
 

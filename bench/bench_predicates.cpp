@@ -6,7 +6,7 @@
 // double, within a unit in the last place of the line or circle; 4 points of
 // a small integer lattice, where collinear and cocircular sets are frequent.
 // "adaptive" is the share of calls whose plain value was undecided, so that
-// the exact stages ran. Last, ear clipping of a wavy ring in either mode.
+// the exact stages ran.
 
 #include <benchmark/benchmark.h>
 
@@ -17,8 +17,6 @@
 
 #include "smoke_run.h"
 #include "vekdll/foundation/exact_predicates.h"
-#include "vekdll/planar/polygon_triangulator.h"
-#include "vekdll/polygons/sse_3d_polygon.h"
 
 namespace {
 
@@ -168,40 +166,7 @@ void BM_InCirclePlainFloat(benchmark::State& state)
     Run<FloatPoint>(state, PlainInCircle, true);
 }
 
-// The wavy ring of the planar benchmark, large enough that the tolerance
-// sees every corner, so that both modes clip the same ears.
-void BM_EarClipping(benchmark::State& state)
-{
-    const int count = static_cast<int>(state.range(0));
-    const auto predicates = static_cast<vek::PlanarPredicates>(state.range(1));
-    CSSE3dPolygon ring;
-    ring.Create(count);
-    for (int i = 0; i < count; ++i) {
-        const double angle = 6.283185307179586 * i / count;
-        const double radius = 100000.0 + 20000.0 * std::sin(7.0 * angle);
-        ring.SetPoint(i, static_cast<float>(radius * std::cos(angle)), static_cast<float>(radius * std::sin(angle)),
-                      0.0f);
-    }
-    for (auto _ : state) {
-        CHPolygonTriangulator triangulator(&ring, 1, 1.0f, 1.0f, 1.0f, true, predicates);
-        benchmark::DoNotOptimize(triangulator.GetNumTriangles());
-    }
-    state.counters["size"] = count;
-    state.counters["vertices/s"] = benchmark::Counter(
-        static_cast<double>(count) * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
-}
-
 } // namespace
-
-void EarClippingCases(benchmark::internal::Benchmark* bench)
-{
-    for (auto predicates : {vek::PlanarPredicates::Tolerant, vek::PlanarPredicates::Exact}) {
-        bench->Args({1 << 10, static_cast<long>(predicates)});
-        if (!vek::bench::IsSmokeRun()) bench->Args({1 << 12, static_cast<long>(predicates)});
-    }
-    bench->ArgNames({"vertices", "exact"});
-    bench->Unit(benchmark::kMillisecond);
-}
 
 void PredicateCases(benchmark::internal::Benchmark* bench)
 {
@@ -218,4 +183,3 @@ BENCHMARK(BM_Orient2DExact)->Apply(PredicateCases);
 BENCHMARK(BM_Orient2DPlainFloat)->Apply(PredicateCases);
 BENCHMARK(BM_InCircleExact)->Apply(PredicateCases);
 BENCHMARK(BM_InCirclePlainFloat)->Apply(PredicateCases);
-BENCHMARK(BM_EarClipping)->Apply(EarClippingCases);

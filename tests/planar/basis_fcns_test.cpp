@@ -71,8 +71,8 @@ TEST(CHSimpleBasisFcns, ExactSidesHoldAtAnyScaleAndNotANumberIsOnNoSide)
     const t_h2dpoint nan{std::nanf(""), 0.0f};
     for (PlanarPredicates how : {PlanarPredicates::Tolerant, PlanarPredicates::Exact}) {
         EXPECT_EQ(kFns.AreaSign(&a, &b, &nan, how), 0.0f);
-        EXPECT_EQ(std::tuple(kFns.Left(&a, &b, &nan, how), kFns.LeftOn(&a, &b, &nan, how), kFns.Collinear(&a, &b, &nan, how),
-                             kFns.Between(&a, &b, &nan, how)),
+        EXPECT_EQ(std::tuple(kFns.Left(&a, &b, &nan, how), kFns.LeftOn(&a, &b, &nan, how),
+                             kFns.Collinear(&a, &b, &nan, how), kFns.Between(&a, &b, &nan, how)),
                   std::tuple(false, true, false, false));
     }
 }

@@ -72,46 +72,61 @@ std::vector<int> Corners(const Ring& ring, float scale, bool behindHead,
     return corners;
 }
 
-// Every triangle a positive corner of the ring clipped once, its centroid
-// inside the ring, and recorded with its diagonal; `ring` is in the
-// triangulator's scaled plane. A complete run leaves two vertices, or the
-// last three whose triangle it doesn't write: either way the pieces add up
-// to the ring's area.
-void ExpectClippedInside(const CHPolygonTriangulator& t, const Ring& ring, bool complete)
+// Walks the triangles of `t` on `ring`, which is in the triangulator's
+// scaled plane: each must name vertices of the ring, clip a tip not clipped
+// before, and have its centroid inside; `visit(k, triangle)` checks the
+// rest. Returns which tips were clipped.
+template <class Visit>
+std::vector<bool> WalkTriangles(const CHPolygonTriangulator& t, const Ring& ring, Visit visit)
 {
     const int m = static_cast<int>(ring.size());
     std::vector<bool> clipped(m, false);
-    double covered = 0.0;
     for (int k = 0; k < t.GetNumTriangles(); ++k) {
         const t_htriangleconnectivity& tri = t.GetConnectivityArray()[k];
         SCOPED_TRACE("triangle " + std::to_string(k));
-        ASSERT_TRUE(std::min({tri.a, tri.b, tri.c}) >= 0 && std::max({tri.a, tri.b, tri.c}) < m);
+        if (std::min({tri.a, tri.b, tri.c}) < 0 || std::max({tri.a, tri.b, tri.c}) >= m) {
+            ADD_FAILURE() << "a corner outside the ring";
+            continue;
+        }
         EXPECT_FALSE(clipped[tri.b]) << "a tip clipped twice";
         clipped[tri.b] = true;
         const Xyz &a = ring[tri.a], &b = ring[tri.b], &c = ring[tri.c];
-        EXPECT_GT(Cross(a, b, c), 0.0);
-        covered += Cross(a, b, c);
         EXPECT_TRUE(EvenOddInside(ring, (double(a.x) + b.x + c.x) / 3.0, (double(a.y) + b.y + c.y) / 3.0));
+        visit(k, tri);
+    }
+    return clipped;
+}
+
+// Every triangle a positive corner of the ring clipped once, its centroid
+// inside the ring, and recorded with its diagonal. A complete run leaves two
+// vertices, or the last three whose triangle it doesn't write: either way
+// the pieces add up to the ring's area.
+void ExpectClippedInside(const CHPolygonTriangulator& t, const Ring& ring, bool complete)
+{
+    double covered = 0.0;
+    const std::vector<bool> clipped = WalkTriangles(t, ring, [&](int k, const t_htriangleconnectivity& tri) {
+        const Xyz &a = ring[tri.a], &c = ring[tri.c];
+        EXPECT_GT(Cross(a, ring[tri.b], c), 0.0);
+        covered += Cross(a, ring[tri.b], c);
         float x1 = 0, y1 = 0, x2 = 0, y2 = 0;
         t.GetDiagonalPoints(k, x1, y1, x2, y2);
         EXPECT_TRUE(t.DiagonalExists(k));
         EXPECT_EQ((std::vector{x1, y1, x2, y2}), (std::vector{a.x, a.y, c.x, c.y}));
-    }
+    });
     Ring rest;
-    for (int i = 0; i < m; ++i) {
+    for (std::size_t i = 0; i < ring.size(); ++i) {
         if (!clipped[i]) rest.push_back(ring[i]);
     }
     EXPECT_LE(covered, TwiceArea(ring) * (1.0 + 1e-9));
     if (!complete) return;
-    EXPECT_EQ(std::pair(t.GetNum2dPoints(), t.GetNumDiagonals()), std::pair(m, t.GetNumTriangles()));
+    EXPECT_EQ(std::pair(t.GetNum2dPoints(), t.GetNumDiagonals()), std::pair(int(ring.size()), t.GetNumTriangles()));
     ASSERT_TRUE(rest.size() == 2 || rest.size() == 3) << rest.size() << " vertices left";
     EXPECT_NEAR(covered + TwiceArea(rest), TwiceArea(ring), 1e-9 * TwiceArea(ring));
 }
 
-// A run of the exact mode that cut `ring` whole: m - 2 triangles, each tip
-// clipped once, each triangle turning left and its centroid inside, and
-// twice their areas adding up exactly to twice the ring's area, all in
-// integers on the coordinates' common grid.
+// A run of the exact mode that cut `ring` whole: m - 2 triangles as above,
+// each turning left, and twice their areas adding up exactly to twice the
+// ring's area, all in integers on the coordinates' common grid.
 void ExpectCutWhole(const CHPolygonTriangulator& t, const Ring& ring)
 {
     const int m = static_cast<int>(ring.size());
@@ -120,24 +135,17 @@ void ExpectCutWhole(const CHPolygonTriangulator& t, const Ring& ring)
     for (const Xyz& p : ring) coordinates.insert(coordinates.end(), {p.x, p.y});
     const std::vector<ExactInteger> n = OnCommonGrid(coordinates);
     const auto twiceArea = [&](int a, int b, int c) {
-        return (n[2 * b] - n[2 * a]) * (n[2 * c + 1] - n[2 * a + 1]) - (n[2 * b + 1] - n[2 * a + 1]) * (n[2 * c] - n[2 * a]);
+        return (n[2 * b] - n[2 * a]) * (n[2 * c + 1] - n[2 * a + 1]) -
+               (n[2 * b + 1] - n[2 * a + 1]) * (n[2 * c] - n[2 * a]);
     };
     ExactInteger ringArea(0);
     for (int i = 1; i + 1 < m; ++i) ringArea = ringArea + twiceArea(0, i, i + 1);
     ExactInteger covered(0);
-    std::vector<bool> clipped(m, false);
-    for (int k = 0; k < t.GetNumTriangles(); ++k) {
-        const t_htriangleconnectivity& tri = t.GetConnectivityArray()[k];
-        SCOPED_TRACE("triangle " + std::to_string(k));
-        ASSERT_TRUE(std::min({tri.a, tri.b, tri.c}) >= 0 && std::max({tri.a, tri.b, tri.c}) < m);
-        EXPECT_FALSE(clipped[tri.b]) << "a tip clipped twice";
-        clipped[tri.b] = true;
+    WalkTriangles(t, ring, [&](int, const t_htriangleconnectivity& tri) {
         const ExactInteger area = twiceArea(tri.a, tri.b, tri.c);
         EXPECT_EQ(area.Sign(), 1);
         covered = covered + area;
-        const Xyz &a = ring[tri.a], &b = ring[tri.b], &c = ring[tri.c];
-        EXPECT_TRUE(EvenOddInside(ring, (double(a.x) + b.x + c.x) / 3.0, (double(a.y) + b.y + c.y) / 3.0));
-    }
+    });
     EXPECT_EQ((covered - ringArea).Sign(), 0);
 }
 
@@ -284,7 +292,7 @@ TEST(CHPolygonTriangulator, ExactModeKeepsTheDefaultTrianglesAndAddsThoseItLeftO
     const Ring star = Polar(18, 18, [](int i, double) { return i % 2 == 0 ? 100.0 : 35.0; });
     for (const Ring& ring : {Regular(6, 10.0), Regular(17, 100.0), star, Comb(12), Spiral(), DottedSquare(10)}) {
         for (bool behindHead : {false, true}) {
-            SCOPED_TRACE(::testing::Message() << ring.size() << " points" << (behindHead ? ", behind head" : ", at head"));
+            SCOPED_TRACE(::testing::Message() << ring.size() << " points, " << (behindHead ? "behind" : "at") << " head");
             const std::vector<int> tolerant = Corners(ring, 1.0f, behindHead);
             const std::vector<int> exact = Corners(ring, 1.0f, behindHead, vek::PlanarPredicates::Exact);
             ASSERT_EQ(exact.size(), 3 * (ring.size() - 2));

@@ -9,7 +9,8 @@ bool CHPolygonTriangulator::Diagonalie(t_hvertex* a, t_hvertex* b) const
     t_hvertex* c = Head;
     do {
         t_hvertex* c1 = c->Next;
-        if (c != a && c1 != a && c != b && c1 != b && Intersect(&a->Point, &b->Point, &c->Point, &c1->Point, Predicates)) {
+        if (c != a && c1 != a && c != b && c1 != b &&
+            Intersect(&a->Point, &b->Point, &c->Point, &c1->Point, Predicates)) {
             return false;
         }
         c = c1;
