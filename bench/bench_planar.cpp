@@ -1,11 +1,12 @@
-// Ear clipping of wavy rings, its refinement, both convex hulls of random
-// point clouds and the lifted Delaunay triangulation of random points. Ear
-// clipping and the spatial hull's input are quadratic by design: read the
-// growth off the rates. The lifted Delaunay puts every point on the hull, so
-// each added point visits about twice as many faces as there are points so
-// far; its "growth" counter is the measured exponent against the size ten
-// times smaller, from processor time. 100k points take minutes: set
-// VEKDLL_BENCH_LARGE=1 to include them.
+// Ear clipping of wavy rings, with the tolerant and the exact predicates,
+// its refinement, both convex hulls of random point clouds and the lifted
+// Delaunay triangulation of random points. Ear clipping and the spatial
+// hull's input are quadratic by design: read the growth off the rates. The
+// lifted Delaunay puts every point on the hull, so each added point visits
+// about twice as many faces as there are points so far; its "growth"
+// counter is the measured exponent against the size ten times smaller, from
+// processor time. 100k points take minutes: set VEKDLL_BENCH_LARGE=1 to
+// include them.
 
 #include <benchmark/benchmark.h>
 
@@ -56,13 +57,16 @@ void SetRate(benchmark::State& state, int count, const char* name)
                                               benchmark::Counter::kIsRate);
 }
 
+// The second argument chooses the predicates: 0 tolerant, 1 exact. The ring
+// is large enough that both clip the same ears.
 void BM_EarClipping(benchmark::State& state)
 {
     const int count = static_cast<int>(state.range(0));
+    const auto predicates = static_cast<vek::PlanarPredicates>(state.range(1));
     CSSE3dPolygon ring;
     MakeWavyRing(ring, count);
     for (auto _ : state) {
-        CHPolygonTriangulator triangulator(&ring, 1, 1.0f, 1.0f, 1.0f, true);
+        CHPolygonTriangulator triangulator(&ring, 1, 1.0f, 1.0f, 1.0f, true, predicates);
         benchmark::DoNotOptimize(triangulator.GetNumTriangles());
     }
     SetRate(state, count, "vertices/s");
@@ -162,8 +166,10 @@ void BM_LiftedDelaunay(benchmark::State& state)
 // The smoke run keeps the smallest size of each: the larger ones take seconds.
 void EarClippingSizes(benchmark::internal::Benchmark* bench)
 {
-    bench->Arg(1 << 10);
-    if (!vek::bench::IsSmokeRun()) bench->Arg(1 << 12)->Arg(1 << 14);
+    for (long exact : {0, 1}) {
+        bench->Args({1 << 10, exact});
+        if (!vek::bench::IsSmokeRun()) bench->Args({1 << 12, exact})->Args({1 << 14, exact});
+    }
     bench->Unit(benchmark::kMillisecond);
 }
 

@@ -17,6 +17,7 @@
 #include "vekdll/platform/user_hooks.h"
 
 // foundation
+#include "vekdll/foundation/exact_predicates.h"
 #include "vekdll/foundation/safe_alloc.h"
 #include "vekdll/foundation/sse_fns.h"
 #include "vekdll/foundation/sse_point.h"
@@ -60,9 +61,11 @@
 #include "vekdll/planar/delaunay_2d.h"
 #include "vekdll/planar/dynamic_triangle.h"
 #include "vekdll/planar/hull_records.h"
+#include "vekdll/planar/planar_predicates.h"
 #include "vekdll/planar/planar_records.h"
 #include "vekdll/planar/polygon_triangulation_refinement.h"
 #include "vekdll/planar/polygon_triangulator.h"
+#include "vekdll/planar/ring_cleanup.h"
 
 // classifier
 #include "vekdll/classifier/bayes_klassifikator.h"

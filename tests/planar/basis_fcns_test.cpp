@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "support/sse_lanes.h"
 #include "vekdll/planar/basis_fcns.h"
@@ -34,6 +35,48 @@ TEST(CHSimpleBasisFcns, OrientationIsJudgedAgainstTheFixedTolerance)
     EXPECT_TRUE(kFns.Left(&a, &b10, &c10));
 }
 
+TEST(CHSimpleBasisFcns, ExactSidesHoldAtAnyScaleAndNotANumberIsOnNoSide)
+{
+    using vek::PlanarPredicates;
+    // c = (0.5, y) against the line from the origin to (1, 0): the exact
+    // tests see the smallest departure that the tolerance takes for none.
+    const t_h2dpoint a{0.0f, 0.0f};
+    const t_h2dpoint b{1.0f, 0.0f};
+    for (float y : {1e-30f, 0.0f, -1e-30f}) {
+        SCOPED_TRACE(y);
+        const t_h2dpoint c{0.5f, y};
+        const float sign = static_cast<float>((y > 0) - (y < 0));
+        EXPECT_EQ(kFns.AreaSign(&a, &b, &c, PlanarPredicates::Exact), sign);
+        EXPECT_EQ(kFns.Left(&a, &b, &c, PlanarPredicates::Exact), sign > 0);
+        EXPECT_EQ(kFns.LeftOn(&a, &b, &c, PlanarPredicates::Exact), sign >= 0);
+        EXPECT_EQ(kFns.Collinear(&a, &b, &c, PlanarPredicates::Exact), sign == 0);
+        EXPECT_EQ(kFns.Between(&a, &b, &c, PlanarPredicates::Exact), sign == 0);
+        EXPECT_TRUE(kFns.Collinear(&a, &b, &c, PlanarPredicates::Tolerant));
+    }
+    // A tiny convex corner of a counter-clockwise ring: the cone at it holds
+    // the point across the corner, and the tolerance sees a straight line.
+    const t_h2dpoint corners[3] = {{0, 0}, {1e-4f, 0}, {0, 1e-4f}};
+    t_hvertex ring[3] = {};
+    for (int i = 0; i < 3; ++i) {
+        ring[i].Point = corners[i];
+        ring[i].Next = &ring[(i + 1) % 3];
+        ring[i].Prev = &ring[(i + 2) % 3];
+    }
+    t_hvertex across = {};
+    across.Point = {1e-4f, 1e-4f};
+    EXPECT_TRUE(kFns.InCone(&ring[0], &across, PlanarPredicates::Exact));
+    EXPECT_FALSE(kFns.InCone(&ring[0], &across));
+    // An area that is not a number is neither left nor right nor on the
+    // line, in both modes.
+    const t_h2dpoint nan{std::nanf(""), 0.0f};
+    for (PlanarPredicates how : {PlanarPredicates::Tolerant, PlanarPredicates::Exact}) {
+        EXPECT_EQ(kFns.AreaSign(&a, &b, &nan, how), 0.0f);
+        EXPECT_EQ(std::tuple(kFns.Left(&a, &b, &nan, how), kFns.LeftOn(&a, &b, &nan, how),
+                             kFns.Collinear(&a, &b, &nan, how), kFns.Between(&a, &b, &nan, how)),
+                  std::tuple(false, true, false, false));
+    }
+}
+
 TEST(CHSimpleBasisFcns, SegmentsCrossTouchOrMiss)
 {
     const struct {
@@ -59,6 +102,17 @@ TEST(CHSimpleBasisFcns, SegmentsCrossTouchOrMiss)
         SCOPED_TRACE(c.name);
         EXPECT_EQ(kFns.IntersectProp(&c.a, &c.b, &c.c, &c.d), c.proper);
         EXPECT_EQ(kFns.Intersect(&c.a, &c.b, &c.c, &c.d), c.any);
+        // The exact tests agree, also on the segments shrunk a millionfold
+        // (by a power of two, so that the points stay exactly where they were
+        // relative to each other), where the tolerance sees every end on
+        // every line.
+        for (float scale : {1.0f, 0x1p-20f}) {
+            const auto shrunk = [scale](t_h2dpoint p) { return t_h2dpoint{p.x * scale, p.y * scale}; };
+            const t_h2dpoint a = shrunk(c.a), b = shrunk(c.b), cc = shrunk(c.c), d = shrunk(c.d);
+            EXPECT_EQ(kFns.IntersectProp(&a, &b, &cc, &d, vek::PlanarPredicates::Exact), c.proper);
+            EXPECT_EQ(kFns.Intersect(&a, &b, &cc, &d, vek::PlanarPredicates::Exact), c.any);
+            EXPECT_EQ(kFns.IntersectProp(&a, &b, &cc, &d), c.proper && scale == 1.0f);
+        }
     }
 }
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <string>
 
+#include "support/exact_integer.h"
 #include "support/plane_geometry.h"
 #include "support/polygon_points.h"
 #include "vekdll/planar/polygon_triangulator.h"
 
 using namespace vek::test;
+using vek::test::ExactInteger;
 
 namespace {
 
@@ -48,12 +50,20 @@ Ring Mirrored(Ring ring)
     return ring;
 }
 
+// The ring with every coordinate multiplied by `factor`.
+Ring Scaled(Ring ring, float factor)
+{
+    for (Xyz& p : ring) p = {p.x * factor, p.y * factor};
+    return ring;
+}
+
 // The corners of the triangles, three by three, from a planar source at step 1.
-std::vector<int> Corners(const Ring& ring, float scale, bool behindHead)
+std::vector<int> Corners(const Ring& ring, float scale, bool behindHead,
+                         vek::PlanarPredicates predicates = vek::PlanarPredicates::Tolerant)
 {
     CSSE2dPolygon polygon;
     Fill(polygon, ring);
-    CHPolygonTriangulator t(&polygon, 1, scale, scale, behindHead);
+    CHPolygonTriangulator t(&polygon, 1, scale, scale, behindHead, predicates);
     std::vector<int> corners;
     for (int i = 0; i < t.GetNumTriangles(); ++i) {
         const t_htriangleconnectivity& c = t.GetConnectivityArray()[i];
@@ -62,40 +72,95 @@ std::vector<int> Corners(const Ring& ring, float scale, bool behindHead)
     return corners;
 }
 
-// Every triangle a positive corner of the ring clipped once, its centroid
-// inside the ring, and recorded with its diagonal; `ring` is in the
-// triangulator's scaled plane. A complete run leaves two vertices, or the
-// last three whose triangle it doesn't write: either way the pieces add up
-// to the ring's area.
-void ExpectClippedInside(const CHPolygonTriangulator& t, const Ring& ring, bool complete)
+// Walks the triangles of `t` on `ring`, which is in the triangulator's
+// scaled plane: each must name vertices of the ring, clip a tip not clipped
+// before, and have its centroid inside; `visit(k, triangle)` checks the
+// rest. Returns which tips were clipped.
+template <class Visit>
+std::vector<bool> WalkTriangles(const CHPolygonTriangulator& t, const Ring& ring, Visit visit)
 {
     const int m = static_cast<int>(ring.size());
     std::vector<bool> clipped(m, false);
-    double covered = 0.0;
     for (int k = 0; k < t.GetNumTriangles(); ++k) {
         const t_htriangleconnectivity& tri = t.GetConnectivityArray()[k];
         SCOPED_TRACE("triangle " + std::to_string(k));
-        ASSERT_TRUE(std::min({tri.a, tri.b, tri.c}) >= 0 && std::max({tri.a, tri.b, tri.c}) < m);
+        if (std::min({tri.a, tri.b, tri.c}) < 0 || std::max({tri.a, tri.b, tri.c}) >= m) {
+            ADD_FAILURE() << "a corner outside the ring";
+            continue;
+        }
         EXPECT_FALSE(clipped[tri.b]) << "a tip clipped twice";
         clipped[tri.b] = true;
         const Xyz &a = ring[tri.a], &b = ring[tri.b], &c = ring[tri.c];
-        EXPECT_GT(Cross(a, b, c), 0.0);
-        covered += Cross(a, b, c);
         EXPECT_TRUE(EvenOddInside(ring, (double(a.x) + b.x + c.x) / 3.0, (double(a.y) + b.y + c.y) / 3.0));
+        visit(k, tri);
+    }
+    return clipped;
+}
+
+// Every triangle a positive corner of the ring clipped once, its centroid
+// inside the ring, and recorded with its diagonal. A complete run leaves two
+// vertices, or the last three whose triangle it doesn't write: either way
+// the pieces add up to the ring's area.
+void ExpectClippedInside(const CHPolygonTriangulator& t, const Ring& ring, bool complete)
+{
+    double covered = 0.0;
+    const std::vector<bool> clipped = WalkTriangles(t, ring, [&](int k, const t_htriangleconnectivity& tri) {
+        const Xyz &a = ring[tri.a], &c = ring[tri.c];
+        EXPECT_GT(Cross(a, ring[tri.b], c), 0.0);
+        covered += Cross(a, ring[tri.b], c);
         float x1 = 0, y1 = 0, x2 = 0, y2 = 0;
         t.GetDiagonalPoints(k, x1, y1, x2, y2);
         EXPECT_TRUE(t.DiagonalExists(k));
         EXPECT_EQ((std::vector{x1, y1, x2, y2}), (std::vector{a.x, a.y, c.x, c.y}));
-    }
+    });
     Ring rest;
-    for (int i = 0; i < m; ++i) {
+    for (std::size_t i = 0; i < ring.size(); ++i) {
         if (!clipped[i]) rest.push_back(ring[i]);
     }
     EXPECT_LE(covered, TwiceArea(ring) * (1.0 + 1e-9));
     if (!complete) return;
-    EXPECT_EQ(std::pair(t.GetNum2dPoints(), t.GetNumDiagonals()), std::pair(m, t.GetNumTriangles()));
+    EXPECT_EQ(std::pair(t.GetNum2dPoints(), t.GetNumDiagonals()), std::pair(int(ring.size()), t.GetNumTriangles()));
     ASSERT_TRUE(rest.size() == 2 || rest.size() == 3) << rest.size() << " vertices left";
     EXPECT_NEAR(covered + TwiceArea(rest), TwiceArea(ring), 1e-9 * TwiceArea(ring));
+}
+
+// A run of the exact mode that cut `ring` whole: m - 2 triangles as above,
+// each turning left, and twice their areas adding up exactly to twice the
+// ring's area, all in integers on the coordinates' common grid.
+void ExpectCutWhole(const CHPolygonTriangulator& t, const Ring& ring)
+{
+    const int m = static_cast<int>(ring.size());
+    ASSERT_EQ(std::tuple(t.GetNum2dPoints(), t.GetNumTriangles(), t.GetNumDiagonals()), std::tuple(m, m - 2, m - 2));
+    std::vector<double> coordinates;
+    for (const Xyz& p : ring) coordinates.insert(coordinates.end(), {p.x, p.y});
+    const std::vector<ExactInteger> n = OnCommonGrid(coordinates);
+    const auto twiceArea = [&](int a, int b, int c) {
+        return (n[2 * b] - n[2 * a]) * (n[2 * c + 1] - n[2 * a + 1]) -
+               (n[2 * b + 1] - n[2 * a + 1]) * (n[2 * c] - n[2 * a]);
+    };
+    ExactInteger ringArea(0);
+    for (int i = 1; i + 1 < m; ++i) ringArea = ringArea + twiceArea(0, i, i + 1);
+    ExactInteger covered(0);
+    WalkTriangles(t, ring, [&](int, const t_htriangleconnectivity& tri) {
+        const ExactInteger area = twiceArea(tri.a, tri.b, tri.c);
+        EXPECT_EQ(area.Sign(), 1);
+        covered = covered + area;
+    });
+    EXPECT_EQ((covered - ringArea).Sign(), 0);
+}
+
+// The exact mode's run on `ring`, given counter-clockwise as it is, and
+// clockwise with the y scale of -1 that mirrors it back.
+void ExpectCutWholeBothWays(const Ring& ring, bool behindHead)
+{
+    CSSE2dPolygon counterClockwise;
+    Fill(counterClockwise, ring);
+    ExpectCutWhole(CHPolygonTriangulator(&counterClockwise, 1, 1.0f, 1.0f, behindHead, vek::PlanarPredicates::Exact),
+                   ring);
+    CSSE3dPolygon clockwise;
+    Fill(clockwise, Mirrored(ring));
+    ExpectCutWhole(CHPolygonTriangulator(&clockwise, 1, 1.0f, -1.0f, 1.0f, behindHead, vek::PlanarPredicates::Exact),
+                   ring);
 }
 
 TEST(CHPolygonTriangulator, EarSearchStartAndSourcesThatGiveNothing)
@@ -186,6 +251,72 @@ TEST(CHPolygonTriangulator, CollinearRunsAndRepeatedPointsStayInside)
             CSSE2dPolygon polygon;
             Fill(polygon, ring);
             ExpectClippedInside(CHPolygonTriangulator(&polygon, 1, 1.0f, 1.0f, behindHead), ring, false);
+        }
+    }
+}
+
+TEST(CHPolygonTriangulator, ExactModeCutsTinyAndDenseRingsWhole)
+{
+    // Rings whose corners are far below the tolerance: a square of side
+    // 1e-3, a regular 17-gon, a comb and a spiral shrunk to a thousandth,
+    // and rings of closely spaced points, convex and wavy.
+    const std::vector<Ring> rings{
+        {{0, 0}, {1e-3f, 0}, {1e-3f, 1e-3f}, {0, 1e-3f}},
+        Regular(17, 1e-3),
+        Scaled(Comb(6), 1e-4f),
+        Scaled(Spiral(), 1e-3f),
+        Regular(400, 1.0),
+        Polar(300, 300, [](int, double angle) { return 1.0 + 0.2 * std::sin(7.0 * angle); }),
+    };
+    for (const Ring& ring : rings) {
+        SCOPED_TRACE(::testing::Message() << ring.size() << " points, first at " << ring[0]);
+        for (bool behindHead : {false, true}) {
+            ExpectCutWholeBothWays(ring, behindHead);
+            // The tolerance sees none of these rings whole.
+            EXPECT_LT(Corners(ring, 1.0f, behindHead).size(), 3 * (ring.size() - 2));
+        }
+    }
+}
+
+TEST(CHPolygonTriangulator, ExactModeKeepsTheDefaultTrianglesAndAddsThoseItLeftOut)
+{
+    // Where the tolerance never decides differently, the exact run clips
+    // the same ears in the same order, and goes on where the default stops
+    // short: a bare triangle, the square whose last vertex never got a
+    // flag, the fan that stops one triangle early, a dotted square whose
+    // collinear runs stall the default.
+    const Ring square{{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    EXPECT_EQ(Corners({{0, 0}, {4, 0}, {0, 4}}, 1.0f, true, vek::PlanarPredicates::Exact), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(Corners(square, 1.0f, true, vek::PlanarPredicates::Exact), (std::vector<int>{0, 1, 2, 2, 3, 0}));
+    EXPECT_EQ(Corners(square, 1.0f, false, vek::PlanarPredicates::Exact), (std::vector<int>{3, 0, 1, 1, 2, 3}));
+    const Ring star = Polar(18, 18, [](int i, double) { return i % 2 == 0 ? 100.0 : 35.0; });
+    for (const Ring& ring : {Regular(6, 10.0), Regular(17, 100.0), star, Comb(12), Spiral(), DottedSquare(10)}) {
+        for (bool behindHead : {false, true}) {
+            SCOPED_TRACE(::testing::Message() << ring.size() << " points, " << (behindHead ? "behind" : "at") << " head");
+            const std::vector<int> tolerant = Corners(ring, 1.0f, behindHead);
+            const std::vector<int> exact = Corners(ring, 1.0f, behindHead, vek::PlanarPredicates::Exact);
+            ASSERT_EQ(exact.size(), 3 * (ring.size() - 2));
+            EXPECT_TRUE(std::equal(tolerant.begin(), tolerant.end(), exact.begin()));
+            ExpectCutWholeBothWays(ring, behindHead);
+        }
+    }
+}
+
+TEST(CHPolygonTriangulator, ExactModeStopsOnRingsThatAreNotSimple)
+{
+    // Clockwise, no vertex is an ear; a bow tie and a ring through one
+    // point twice leave a partial result whose triangles still turn left.
+    const Ring bowTie{{0, 0}, {4, 4}, {4, 0}, {0, 4}};
+    const Ring twiceThroughOnePoint{{0, 0}, {2, 0}, {2, 2}, {4, 2}, {4, 4}, {2, 4}, {2, 2}, {0, 2}};
+    EXPECT_TRUE(Corners(Mirrored(Regular(6, 1e-3)), 1.0f, true, vek::PlanarPredicates::Exact).empty());
+    for (const Ring& ring : {bowTie, twiceThroughOnePoint, Mirrored(Comb(3))}) {
+        for (bool behindHead : {false, true}) {
+            const std::vector<int> corners = Corners(ring, 1.0f, behindHead, vek::PlanarPredicates::Exact);
+            EXPECT_LT(corners.size(), 3 * (ring.size() - 2));
+            for (std::size_t k = 0; k < corners.size(); k += 3) {
+                const Xyz &a = ring[corners[k]], &b = ring[corners[k + 1]], &c = ring[corners[k + 2]];
+                EXPECT_EQ(ExactOrientation(a.x, a.y, b.x, b.y, c.x, c.y), 1);
+            }
         }
     }
 }

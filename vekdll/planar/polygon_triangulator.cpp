@@ -5,8 +5,8 @@
 #include "vekdll/polygons/sse_3d_polygon.h"
 
 CHPolygonTriangulator::CHPolygonTriangulator(CSSE2dPolygon* p, int step, float scaleX, float scaleY,
-                                             bool startBehindHead)
-    : Polygon2D(p)
+                                             bool startBehindHead, vek::PlanarPredicates predicates)
+    : Polygon2D(p), Predicates(predicates)
 {
     if (p == nullptr) return;
     Prepare(p->GetNumPoints(), step, scaleX, scaleY, startBehindHead);
@@ -17,8 +17,8 @@ CHPolygonTriangulator::CHPolygonTriangulator(CSSE2dPolygon* p, int step, float s
 }
 
 CHPolygonTriangulator::CHPolygonTriangulator(CSSE3dPolygon* p, int step, float scaleX, float scaleY, float scaleZ,
-                                             bool startBehindHead)
-    : Polygon3D(p), ScaleZ(scaleZ)
+                                             bool startBehindHead, vek::PlanarPredicates predicates)
+    : Polygon3D(p), ScaleZ(scaleZ), Predicates(predicates)
 {
     if (p == nullptr) return;
     Prepare(p->GetNumPoints(), step, scaleX, scaleY, startBehindHead);

@@ -3,6 +3,7 @@
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/planar/basis_fcns.h"
+#include "vekdll/planar/planar_predicates.h"
 #include "vekdll/planar/planar_records.h"
 
 class CSSE2dPolygon;
@@ -20,6 +21,15 @@ class CSSE3dPolygon;
 // result, and even a good polygon may end one triangle before the last one.
 // GetNumTriangles() below GetNum2dPoints() - 2 tells.
 //
+// With vek::PlanarPredicates::Exact as the last argument, every side test is
+// exact, so the scale of the coordinates no longer matters, and the last
+// three vertices make the last triangle whenever they turn left. A simple
+// ring of n distinct vertices is then cut whole into n - 2 triangles; where
+// the tolerance decides as the exact tests do, the exact run clips the same
+// ears in the same order as the default one, and goes on where that stops
+// short. Repeated points are not distinct: vek::DropRepeatedRingPoints
+// removes them beforehand.
+//
 // The object keeps a pointer to its source polygon without owning it; the
 // source must outlive it where GetTriangle3D or GetPolygon3D are used.
 // Assignment copies the members as they stand and so shares the arrays: only
@@ -28,9 +38,10 @@ class VEKDLL_API CHPolygonTriangulator : public CHSimpleBasisFcns {
 public:
     // A source of fewer than 3 points, a null source or a step below 1 give
     // an empty object: no vertices, no triangles.
-    CHPolygonTriangulator(CSSE2dPolygon* p, int step, float scaleX, float scaleY, bool startBehindHead);
+    CHPolygonTriangulator(CSSE2dPolygon* p, int step, float scaleX, float scaleY, bool startBehindHead,
+                          vek::PlanarPredicates predicates = vek::PlanarPredicates::Tolerant);
     CHPolygonTriangulator(CSSE3dPolygon* p, int step, float scaleX, float scaleY, float scaleZ,
-                          bool startBehindHead);
+                          bool startBehindHead, vek::PlanarPredicates predicates = vek::PlanarPredicates::Tolerant);
     ~CHPolygonTriangulator();
     CHPolygonTriangulator(const CHPolygonTriangulator&) = delete;
     CHPolygonTriangulator& operator=(const CHPolygonTriangulator& other) = default;
@@ -43,6 +54,7 @@ public:
     CSSE3dPolygon* GetPolygon3D() const;
     float GetScaleZ() const;
     bool Is3DTriangulation() const;
+    vek::PlanarPredicates GetPredicates() const { return Predicates; }
 
     // Scaled coordinates of vertex i; outside 0 .. m-1 the outputs stay untouched.
     void GetPoint(int i, float& x, float& y) const;
@@ -69,6 +81,9 @@ private:
     void FillVertices(ReadXY readXY);
     void LinkRing();
     t_hvertex* FindEar() const;
+    // In the exact mode, the tip of the last triangle when three vertices
+    // are left and they turn left, else null.
+    t_hvertex* LastTriangleTip() const;
     void ClipEar(t_hvertex* tip);
     bool ValidVertex(int i) const { return i >= 0 && i < NumVertices; }
 
@@ -87,4 +102,5 @@ protected:
     t_htriangleconnectivity* ConnectivityArray = nullptr;
     int NumTriangles = 0;
     bool StartBehindHead = false;
+    vek::PlanarPredicates Predicates = vek::PlanarPredicates::Tolerant;
 };

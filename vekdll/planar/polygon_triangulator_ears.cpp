@@ -9,7 +9,8 @@ bool CHPolygonTriangulator::Diagonalie(t_hvertex* a, t_hvertex* b) const
     t_hvertex* c = Head;
     do {
         t_hvertex* c1 = c->Next;
-        if (c != a && c1 != a && c != b && c1 != b && Intersect(&a->Point, &b->Point, &c->Point, &c1->Point)) {
+        if (c != a && c1 != a && c != b && c1 != b &&
+            Intersect(&a->Point, &b->Point, &c->Point, &c1->Point, Predicates)) {
             return false;
         }
         c = c1;
@@ -20,7 +21,7 @@ bool CHPolygonTriangulator::Diagonalie(t_hvertex* a, t_hvertex* b) const
 bool CHPolygonTriangulator::Diagonal(t_hvertex* a, t_hvertex* b) const
 {
     // The cheap cone tests first: most candidates fail there.
-    return InCone(a, b) && InCone(b, a) && Diagonalie(a, b);
+    return InCone(a, b, Predicates) && InCone(b, a, Predicates) && Diagonalie(a, b);
 }
 
 void CHPolygonTriangulator::EarInit()
@@ -46,6 +47,15 @@ t_hvertex* CHPolygonTriangulator::FindEar() const
     return nullptr;
 }
 
+t_hvertex* CHPolygonTriangulator::LastTriangleTip() const
+{
+    // No corner of three passes the cone test, since its neighbours are
+    // adjacent; the three are the last triangle if they turn left, and the
+    // tip is the vertex where the search for an ear would begin.
+    t_hvertex* start = StartBehindHead ? Head->Next : Head;
+    return Left(&start->Prev->Point, &start->Point, &start->Next->Point, Predicates) ? start : nullptr;
+}
+
 void CHPolygonTriangulator::ClipEar(t_hvertex* tip)
 {
     t_hvertex* after = tip->Next;
@@ -56,9 +66,9 @@ void CHPolygonTriangulator::ClipEar(t_hvertex* tip)
     t_hdiagonal& diagonal = DiagonalArray[NumDiagonals++];
     diagonal.Exists = true;
     diagonal.From = before->Index;
-    diagonal.FromConvex = LeftOn(&before->Point, &tip->Point, &beforePrev->Point);
+    diagonal.FromConvex = LeftOn(&before->Point, &tip->Point, &beforePrev->Point, Predicates);
     diagonal.To = after->Index;
-    diagonal.ToConvex = LeftOn(&after->Point, &afterNext->Point, &tip->Point);
+    diagonal.ToConvex = LeftOn(&after->Point, &afterNext->Point, &tip->Point, Predicates);
 
     // Only the two ends of the new diagonal change their corner; they are
     // judged while the tip is still in the ring.
@@ -80,8 +90,14 @@ void CHPolygonTriangulator::Triangulate()
     // The loop runs down to a ring of three as well: the last triangle is
     // written only if its tip still carries an ear flag from before, since
     // a corner whose neighbours are adjacent never passes the cone test.
+    // The exact mode writes it whenever the three turn left. Before that,
+    // the search can't fail on a simple ring: a ring of four or more has two
+    // ears that aren't neighbours, a clip changes the ear of its two
+    // neighbours only, which are judged again at once, and so every flag is
+    // right but perhaps the last vertex's, which the first pass leaves out.
     for (int ringSize = NumVertices; ringSize >= 3; --ringSize) {
         t_hvertex* tip = FindEar();
+        if (tip == nullptr && ringSize == 3 && Predicates == vek::PlanarPredicates::Exact) tip = LastTriangleTip();
         if (tip == nullptr) return;  // a partial result; GetNumTriangles tells
         ClipEar(tip);
     }
