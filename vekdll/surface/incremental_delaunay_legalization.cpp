@@ -103,7 +103,7 @@ void ZrCIncrementalDelaunay2D::SweepAffected(bool checkFan)
         const bool watching = mayShortenCycles && sweep >= kSweepsBeforeWatching;
         if (SweepOnce(checkFan, watching ? &watch : nullptr) == 0) return;
         if (!watching) continue;
-        const int period = watch.EndOfSweep();
+        const int period = watch.EndOfSweep(sweep);
         if (period == 0) continue;
         for (int left = (NumVertices - 1 - sweep) % period; left > 0; --left) {
             if (SweepOnce(checkFan, nullptr) == 0) return;
