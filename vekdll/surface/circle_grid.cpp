@@ -78,7 +78,13 @@ GridPlace CircleGrid::Insert(const Entry& entry, double centreX, double centreY,
     const int column = Clamped((centreX - minX_) * level.inverse, level.columns);
     const int row = Clamped((centreY - minY_) * level.inverse, level.rows);
     place.cell = row * level.columns + column;
-    level.cells[static_cast<std::size_t>(place.cell)].push_back(entry);
+    Cell& cell = level.cells[static_cast<std::size_t>(place.cell)];
+    if (cell.count < kInPlace) {
+        cell.entries[cell.count++] = entry;
+    } else {
+        level.overflow[static_cast<std::uint32_t>(place.cell)].push_back(entry);
+        cell.overflowing = 1;
+    }
     ++level.entries;
     ++entries_;
     return place;
@@ -88,11 +94,35 @@ void CircleGrid::Remove(GridPlace place, std::uint32_t slot)
 {
     if (place.level < 0 || place.level >= static_cast<int>(levels_.size())) return;
     Level& level = levels_[static_cast<std::size_t>(place.level)];
-    std::vector<Entry>& cell = level.cells[static_cast<std::size_t>(place.cell)];
-    for (Entry& entry : cell) {
+    Cell& cell = level.cells[static_cast<std::size_t>(place.cell)];
+    const auto key = static_cast<std::uint32_t>(place.cell);
+    for (std::uint32_t i = 0; i < cell.count; ++i) {
+        if (cell.entries[i].slot != slot) continue;
+        cell.entries[i] = cell.entries[--cell.count];
+        if (cell.overflowing != 0) {
+            // The place freed in the cell goes to an entry from the overflow.
+            std::vector<Entry>& waiting = level.overflow.at(key);
+            cell.entries[cell.count++] = waiting.back();
+            waiting.pop_back();
+            if (waiting.empty()) {
+                level.overflow.erase(key);
+                cell.overflowing = 0;
+            }
+        }
+        --level.entries;
+        --entries_;
+        return;
+    }
+    if (cell.overflowing == 0) return;
+    std::vector<Entry>& waiting = level.overflow.at(key);
+    for (Entry& entry : waiting) {
         if (entry.slot != slot) continue;
-        entry = cell.back();
-        cell.pop_back();
+        entry = waiting.back();
+        waiting.pop_back();
+        if (waiting.empty()) {
+            level.overflow.erase(key);
+            cell.overflowing = 0;
+        }
         --level.entries;
         --entries_;
         return;
