@@ -79,8 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!SameApartFromPointers(bytes, Store(mesh), n)) __builtin_trap();
 
     // Garbage corners may be of any size, and the samples of a triangle grow
-    // with its length over a pixel: only meshes within 64 pixels of the
-    // origin in every direction are drawn (a corner that is not a number
+    // with its length (all four lanes) over a pixel: only meshes within 64
+    // units of the origin in every lane are drawn (a corner that is not a number
     // stays out of the box and gets a single sample).
     mesh.CalcSTV();
     mesh.CalcBoundingBox();
@@ -88,8 +88,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     SSEPoint min, max;
     mesh.GetMinPoint(min);
     mesh.GetMaxPoint(max);
-    const bool small = min.x > -64.0f && min.y > -64.0f && min.z > -64.0f && max.x < 64.0f && max.y < 64.0f &&
-                       max.z < 64.0f;
+    bool small = true;
+    for (int lane = 0; lane < 4; ++lane) small = small && min.lane[lane] > -64.0f && max.lane[lane] < 64.0f;
     if (small) {
         CSSEMatrix raster;
         mesh.ScanConvertTriangulationMax(&raster, 0.0f);

@@ -265,7 +265,8 @@ public:
     // Into a raster made anew from the box, anchored at MinPoint, heights
     // relative to MinPoint.z plus offset, with a cross brush whose centre
     // stays off the outermost rows and columns; pixels no triangle reached
-    // hold 0.
+    // hold 0. A box taller than a field can hold throws CInvalidArgException
+    // from the field's allocation.
     void ScanConvertTriangulationMax(CSSEMatrix* field, float offset);
     void ScanConvertTriangulationMin(CSSEMatrix* field, float offset);
     // The same in the frame of the box (min, max), so that several meshes
