@@ -61,11 +61,17 @@ double Ours(const std::vector<Point>& points, std::size_t& triangles)
     return seconds;
 }
 
-double PeerRange(const std::vector<Point>& points, std::size_t& triangles)
+std::vector<Kernel::Point_2> PeerPoints(const std::vector<Point>& points)
 {
     std::vector<Kernel::Point_2> input;
     input.reserve(points.size());
     for (const Point& p : points) input.emplace_back(p.x, p.y);
+    return input;
+}
+
+double PeerRange(const std::vector<Point>& points, std::size_t& triangles)
+{
+    const std::vector<Kernel::Point_2> input = PeerPoints(points);
     const auto start = std::chrono::steady_clock::now();
     PeerTriangulation t;
     t.insert(input.begin(), input.end());
@@ -76,9 +82,7 @@ double PeerRange(const std::vector<Point>& points, std::size_t& triangles)
 
 double PeerOneByOne(const std::vector<Point>& points, std::size_t& triangles)
 {
-    std::vector<Kernel::Point_2> input;
-    input.reserve(points.size());
-    for (const Point& p : points) input.emplace_back(p.x, p.y);
+    const std::vector<Kernel::Point_2> input = PeerPoints(points);
     const auto start = std::chrono::steady_clock::now();
     PeerTriangulation t;
     for (const Kernel::Point_2& p : input) t.insert(p);

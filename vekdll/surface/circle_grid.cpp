@@ -99,34 +99,36 @@ void CircleGrid::Remove(GridPlace place, std::uint32_t slot)
     for (std::uint32_t i = 0; i < cell.count; ++i) {
         if (cell.entries[i].slot != slot) continue;
         cell.entries[i] = cell.entries[--cell.count];
-        if (cell.overflowing != 0) {
-            // The place freed in the cell goes to an entry from the overflow.
-            std::vector<Entry>& waiting = level.overflow.at(key);
-            cell.entries[cell.count++] = waiting.back();
-            waiting.pop_back();
-            if (waiting.empty()) {
-                level.overflow.erase(key);
-                cell.overflowing = 0;
-            }
-        }
+        // The place freed in the cell goes to an entry from the overflow.
+        if (cell.overflowing != 0) cell.entries[cell.count++] = TakeFromOverflow(level, cell, key, nullptr);
         --level.entries;
         --entries_;
         return;
     }
     if (cell.overflowing == 0) return;
-    std::vector<Entry>& waiting = level.overflow.at(key);
-    for (Entry& entry : waiting) {
+    for (Entry& entry : level.overflow.at(key)) {
         if (entry.slot != slot) continue;
-        entry = waiting.back();
-        waiting.pop_back();
-        if (waiting.empty()) {
-            level.overflow.erase(key);
-            cell.overflowing = 0;
-        }
+        TakeFromOverflow(level, cell, key, &entry);
         --level.entries;
         --entries_;
         return;
     }
+}
+
+// Takes `entry` (or, given null, the last one) out of the cell's overflow,
+// which goes when it runs empty.
+CircleGrid::Entry CircleGrid::TakeFromOverflow(Level& level, Cell& cell, std::uint32_t key, Entry* entry)
+{
+    std::vector<Entry>& waiting = level.overflow.at(key);
+    const Entry last = waiting.back();
+    const Entry taken = entry != nullptr ? *entry : last;
+    if (entry != nullptr) *entry = last;
+    waiting.pop_back();
+    if (waiting.empty()) {
+        level.overflow.erase(key);
+        cell.overflowing = 0;
+    }
+    return taken;
 }
 
 } // namespace vek::detail

@@ -90,6 +90,7 @@ private:
     static int Clamped(double cells, int count);
     template <class Visit>
     static void VisitCell(const Level& level, std::size_t cell, Visit& visit);
+    static Entry TakeFromOverflow(Level& level, Cell& cell, std::uint32_t key, Entry* entry);
 
     std::vector<Level> levels_;
     double minX_ = 0.0;
