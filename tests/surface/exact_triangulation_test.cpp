@@ -162,6 +162,9 @@ TEST(ExactTriangulation, TheSetsThatDefeatFloatArithmetic)
     ExpectValid("collinear start, out of order", {{0, 0}, {0, 2}, {0, 1}, {4, 1}});
     ExpectValid("only collinear", {{0, 0}, {1, 1}, {3, 3}, {2, 2}});
     ExpectValid("duplicates first", {{5, 5}, {5, 5}, {5, 5}, {1, 2}, {5, 5}, {9, 1}, {1, 2}});
+    // Circles far beyond the float range: their squared distances overflow
+    // a float, and the search must still hand them to the exact test.
+    ExpectValid("float extremes", {{-6.515823e35, -6.515823e35}, {-6.515823e35, -6.515823e35}, {-2.3048907e-38, -2.9774709e38}});
 }
 
 TEST(ExactTriangulation, FamiliesAtEveryScale)

@@ -276,9 +276,13 @@ int ZrCIncrementalDelaunay2D::CalcAffectedTriangles(int v)
     index->TakeAffected(
         TriangleList, x, y,
         [x, y](const vek::detail::CircleGrid::Entry& circle) {
+            // The float circle test on the circle as filed; a distance whose
+            // square overflows is left to the triangle's own test, which the
+            // exact mode needs (its filed circles are only bounds).
             const float dx = x - circle.centreX;
             const float dy = y - circle.centreY;
-            return circle.radius2 > dx * dx + dy * dy;
+            const float distance2 = dx * dx + dy * dy;
+            return circle.radius2 > distance2 || std::isinf(distance2);
         },
         [this, v](const t_hdelaunaytriangle* t) { return !t->Ignore && !t->IgnoreSearch && InCircumCircle(v, t); },
         SearchScratch);
