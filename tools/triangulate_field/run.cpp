@@ -75,7 +75,7 @@ void ReportAdaptiveVertices(std::ostream& out, const Options& options, ZrCIncrem
                             const RoadResult& road)
 {
     out << "target      " << options.maxError << " at most between the surface and the input at any cell centre"
-        << " (--max-error)\n"
+        << " (by --max-error)\n"
         << "vertices    " << d.GetNumVertices() << ": the 4 corners, then " << road.insertedVertices
         << " inserted one at a time where the surface departed most\n";
     if (road.targetReached)
@@ -143,10 +143,10 @@ int Run(const Options& options, std::ostream& out, Progress& progress)
     out << "difference  over " << diff.cells << " cells with data: maximum " << diff.maximum << ", RMS " << diff.rms
         << " (the scan-converted field)";
     if (diff.unreached > 0) out << "; " << diff.unreached << " cells with data no triangle reached";
-    out << "\n            the scan conversion keeps the "
-        << (settings.keepMax ? "highest" : "lowest")
-        << " of its samples across each cell, not the height at its centre:\n"
-           "            on a slope that lies up to half a cell's rise away from it\n";
+    out << "\n            (each cell of the field keeps the " << (settings.keepMax ? "highest" : "lowest")
+        << " of the samples taken across it, which on a\n"
+           "            slope lie up to half a cell's rise "
+        << (settings.keepMax ? "above" : "below") << " the height at its centre)\n";
 
     progress.Stage("writing into " + options.outputDirectory);
     start = std::chrono::steady_clock::now();
