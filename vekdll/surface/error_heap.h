@@ -1,38 +1,47 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace vek::detail {
 
-// A binary max-heap of small integer ids keyed by a double, which keeps
-// where each id stands in a place of the caller's (`placeOf(id)` gives an
-// int&, -1 while the id is out), so that an id can be re-keyed or taken out
-// in O(log n) when what it names changes or goes away. The place lives
-// beside the caller's other data of that id, where it is read anyway.
-template <class PlaceOf>
+// A max-heap of small integer ids keyed by a double, which knows where each
+// id stands, so that an id can be re-keyed or taken out in O(log n) when
+// what it names changes or goes away.
+//
+// It is four-ary, and the places are a compact array of their own: a
+// removal moves entries down a path of the heap and writes the new place of
+// each, and on a large heap those writes, not the comparisons, are what
+// costs, so they go to as few cache lines as can be.
 class ErrorHeap {
 public:
-    explicit ErrorHeap(PlaceOf placeOf) : placeOf_(placeOf) {}
-
     bool Empty() const { return entries_.empty(); }
     std::size_t Size() const { return entries_.size(); }
     int Top() const { return entries_.front().id; }
     double TopKey() const { return entries_.front().key; }
+    bool Holds(int id) const
+    {
+        return id >= 0 && static_cast<std::size_t>(id) < places_.size() && places_[static_cast<std::size_t>(id)] >= 0;
+    }
 
-    // Forgets every entry; the caller's places are not reset.
-    void Clear() { entries_.clear(); }
+    void Clear()
+    {
+        entries_.clear();
+        places_.clear();
+    }
 
     // Puts id in with `key`, or moves it to `key` if it is in already.
     void Set(int id, double key)
     {
-        const int at = placeOf_(id);
-        if (at < 0) {
+        const auto at = static_cast<std::size_t>(id);
+        if (at >= places_.size()) places_.resize(at + 1, -1);
+        if (places_[at] < 0) {
             entries_.push_back({key, id});
             Up(entries_.size() - 1);
             return;
         }
-        const std::size_t i = static_cast<std::size_t>(at);
+        const auto i = static_cast<std::size_t>(places_[at]);
         const double old = entries_[i].key;
         entries_[i].key = key;
         if (key > old)
@@ -43,16 +52,17 @@ public:
 
     void Remove(int id)
     {
-        int& at = placeOf_(id);
-        if (at < 0) return;
-        const std::size_t i = static_cast<std::size_t>(at);
-        at = -1;
+        if (!Holds(id)) return;
+        const auto i = static_cast<std::size_t>(places_[static_cast<std::size_t>(id)]);
+        places_[static_cast<std::size_t>(id)] = -1;
         const Entry last = entries_.back();
         entries_.pop_back();
         if (i == entries_.size()) return;
         entries_[i] = last;
-        Up(i);
-        Down(static_cast<std::size_t>(placeOf_(last.id)));
+        if (i > 0 && entries_[Parent(i)].key < last.key)
+            Up(i);
+        else
+            Down(i);
     }
 
 private:
@@ -60,21 +70,22 @@ private:
         double key;
         int id;
     };
+    static constexpr std::size_t kArity = 4;
+
+    static std::size_t Parent(std::size_t i) { return (i - 1) / kArity; }
 
     void Place(std::size_t i, const Entry& e)
     {
         entries_[i] = e;
-        placeOf_(e.id) = static_cast<int>(i);
+        places_[static_cast<std::size_t>(e.id)] = static_cast<std::int32_t>(i);
     }
 
     void Up(std::size_t i)
     {
         const Entry e = entries_[i];
-        while (i > 0) {
-            const std::size_t parent = (i - 1) / 2;
-            if (!(entries_[parent].key < e.key)) break;
-            Place(i, entries_[parent]);
-            i = parent;
+        while (i > 0 && entries_[Parent(i)].key < e.key) {
+            Place(i, entries_[Parent(i)]);
+            i = Parent(i);
         }
         Place(i, e);
     }
@@ -84,18 +95,22 @@ private:
         const Entry e = entries_[i];
         const std::size_t n = entries_.size();
         for (;;) {
-            std::size_t child = 2 * i + 1;
-            if (child >= n) break;
-            if (child + 1 < n && entries_[child].key < entries_[child + 1].key) ++child;
-            if (!(e.key < entries_[child].key)) break;
-            Place(i, entries_[child]);
-            i = child;
+            const std::size_t first = kArity * i + 1;
+            if (first >= n) break;
+            std::size_t largest = first;
+            const std::size_t end = first + kArity < n ? first + kArity : n;
+            for (std::size_t child = first + 1; child < end; ++child) {
+                if (entries_[largest].key < entries_[child].key) largest = child;
+            }
+            if (!(e.key < entries_[largest].key)) break;
+            Place(i, entries_[largest]);
+            i = largest;
         }
         Place(i, e);
     }
 
-    PlaceOf placeOf_;
     std::vector<Entry> entries_;
+    std::vector<std::int32_t> places_;
 };
 
 } // namespace vek::detail

@@ -138,7 +138,7 @@ void GreedyRefinement::Queue(int slot)
     const Slot& s = slots_[slot];
     if (s.error > target_ && !s.stuck)
         heap_.Set(slot, s.error);
-    else if (s.heapAt >= 0)
+    else
         heap_.Remove(slot);
 }
 

@@ -80,14 +80,9 @@ private:
         double error = 0.0;
         std::int32_t cellX = 0;
         std::int32_t cellY = 0;
-        std::int32_t heapAt = -1;
         bool seen = false;
         // Its worst cell found no place in the triangulation.
         bool stuck = false;
-    };
-    struct HeapPlace {
-        std::vector<Slot>* slots;
-        std::int32_t& operator()(int slot) const { return (*slots)[slot].heapAt; }
     };
     // A triangle taken out by an insertion, and its record.
     struct Affected {
@@ -109,7 +104,7 @@ private:
     int AppendCellVertex(int x, int y);
     void CollectAffected(int v);
     t_hdelaunaytriangle* NeighbourSplitAlongWith(int v) const;
-    void TakeUpTail(int count);
+    void TakeUpTail(long long count);
     float HeightAtOrNear(int x, int y) const;
     double WorstErrorLeft() const;
 
@@ -117,7 +112,7 @@ private:
     HeightGrid grid_;
     std::vector<Slot> slots_;
     std::vector<int> freeSlots_;
-    detail::ErrorHeap<HeapPlace> heap_{HeapPlace{&slots_}};
+    detail::ErrorHeap heap_;
     double target_ = 0.0;
     long long cellsMeasured_ = 0;
     // Scratch of one insertion: the triangles it took out.

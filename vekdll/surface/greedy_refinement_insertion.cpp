@@ -4,12 +4,18 @@
 // new vertex out of the working list, splits the one that holds the vertex
 // (and, for a vertex on a side, the neighbour across that side), flips
 // among them, and appends what is left of them and the new triangles to the
-// tail of the working list; the split triangles are freed. So the list grows
-// by what came back less what was taken out, the tail that came back is
-// that many more than the growth, and the records to drop are those of the
-// triangles taken out that are not in it.
+// tail of the working list; the split triangles are freed. Every removal and
+// every append counts one change of the list, so the changes and the growth
+// of the list tell how many triangles were taken out and how many came back
+// at the tail; the records to drop are those of the triangles taken out
+// that are not among them. Should the count taken out differ from the
+// triangles foreseen, or the changes not add up (a list that runs empty on
+// the way counts one change more, as in the first insertion), the records
+// are brought in step by a walk over the whole list instead, which never
+// reads a triangle that may be gone.
 
 #include <algorithm>
+#include <cstdint>
 
 #include "vekdll/surface/greedy_refinement.h"
 #include "vekdll/surface/incremental_delaunay.h"
@@ -25,7 +31,9 @@ void GreedyRefinement::InsertWorstCellOf(int slot)
         Measure(slot);
         return;
     }
-    const int listed = d.GetNumTrianglesInTriangleList();
+    const CList<t_hdelaunaytriangle*>& list = d.GetTriangleList();
+    const long long listed = list.GetCount();
+    const std::uint64_t changesBefore = list.GetChangeCount();
     const int v = AppendCellVertex(slots_[slot].cellX, slots_[slot].cellY);
     d.ClearAffectedTriangleList();
     d.CalcAffectedTriangles(v);
@@ -33,9 +41,16 @@ void GreedyRefinement::InsertWorstCellOf(int slot)
     d.ProcessAffectedTriangles(v);
     d.ClearAffectedTriangleList();
 
-    TakeUpTail(d.GetNumTrianglesInTriangleList() - listed + static_cast<int>(affected_.size()));
-    for (const Affected& a : affected_) {
-        if (!slots_[a.slot].seen) Release(a.slot);
+    const long long growth = list.GetCount() - listed;
+    const auto changes = static_cast<long long>(list.GetChangeCount() - changesBefore);
+    const long long takenOut = (changes - growth) / 2;
+    if ((changes - growth) % 2 != 0 || takenOut != static_cast<long long>(affected_.size())) {
+        MeasureWholeList();
+    } else {
+        TakeUpTail(growth + takenOut);
+        for (const Affected& a : affected_) {
+            if (!slots_[a.slot].seen) Release(a.slot);
+        }
     }
     // A cell that found no place leaves its triangle as it was; it would be
     // picked again for ever.
@@ -78,7 +93,8 @@ void GreedyRefinement::CollectAffected(int v)
 
 // The insertion places v in the first affected triangle, in list order, that
 // has it inside or on a side; on a side, the neighbour across it is split as
-// well and freed, whether or not its circle held v.
+// well and freed, whether or not its circle held v. (A foresight that is
+// wrong shows in the count of triangles taken out.)
 t_hdelaunaytriangle* GreedyRefinement::NeighbourSplitAlongWith(int v) const
 {
     for (const Affected& a : affected_) {
@@ -97,11 +113,11 @@ t_hdelaunaytriangle* GreedyRefinement::NeighbourSplitAlongWith(int v) const
 // The last `count` triangles of the working list are what the insertion
 // handed back: the affected ones that are left, measured again if a flip
 // changed them, and new ones, measured for the first time.
-void GreedyRefinement::TakeUpTail(int count)
+void GreedyRefinement::TakeUpTail(long long count)
 {
     CList<t_hdelaunaytriangle*>& list = triangulation_.GetTriangleList();
     POSITION pos = list.GetTailPosition();
-    for (int i = 0; i < count && pos != nullptr; ++i) {
+    for (long long i = 0; i < count && pos != nullptr; ++i) {
         t_hdelaunaytriangle* triangle = list.GetPrev(pos);
         if (triangle == nullptr) continue;
         const auto same = [triangle](const Affected& a) { return a.triangle == triangle; };
