@@ -77,11 +77,18 @@ double SecondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// The five-worker scan conversion onto the input's cells, against the input.
+// The side of the model's cells in metres.
+constexpr float kCellSize = 30.0f;
+
+// The five-worker scan conversion onto the input's cells, against the
+// input. As in triangulate_field, z is brought to cells first, so that the
+// sampler sees the slopes true: it steps along a triangle's longer side in
+// three dimensions.
 void ScanConvertedError(ZrCIncrementalDelaunay2D& d, const vek::HeightGrid& grid, double& maximum, double& rms)
 {
+    for (int i = 0; i < d.GetNumVertices(); ++i) d.SetZValueInVertex(d.GetVertex(i).z / kCellSize, i);
     d.CalcBoundingBox();
-    d.SetScanConvResolution(1.0f, 1.0f, 1.0f);
+    d.SetScanConvResolution(1.0f, 1.0f, 1.0f / kCellSize);
     CSSEMatrix field;
     SSEPoint origin;
     d.FastScanConvertTriangulation(&field, std::numeric_limits<float>::quiet_NaN(), origin, true);

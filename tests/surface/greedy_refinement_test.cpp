@@ -61,9 +61,13 @@ PlaneCheck CheckEveryCell(ZrCIncrementalDelaunay2D& d, const Raster& r)
             for (const t_hdelaunaytriangle* t : triangles) {
                 const SSEPoint a = d.GetVertex(t->Vertex[0]), b = d.GetVertex(t->Vertex[1]),
                                c = d.GetVertex(t->Vertex[2]);
-                const double area = (double(b.x) - a.x) * (double(c.y) - a.y) - (double(b.y) - a.y) * (double(c.x) - a.x);
-                const double wa = ((double(b.x) - x) * (double(c.y) - y) - (double(b.y) - y) * (double(c.x) - x)) / area;
-                const double wb = ((double(c.x) - x) * (double(a.y) - y) - (double(c.y) - y) * (double(a.x) - x)) / area;
+                // Twice the signed area of the triangle p, q, r.
+                const auto twice = [](double px, double py, double qx, double qy, double rx, double ry) {
+                    return (qx - px) * (ry - py) - (qy - py) * (rx - px);
+                };
+                const double area = twice(a.x, a.y, b.x, b.y, c.x, c.y);
+                const double wa = twice(x, y, b.x, b.y, c.x, c.y) / area;
+                const double wb = twice(a.x, a.y, x, y, c.x, c.y) / area;
                 const double wc = 1.0 - wa - wb;
                 if (area == 0.0 || wa < -1e-12 || wb < -1e-12 || wc < -1e-12) continue;
                 covered = true;
@@ -114,7 +118,9 @@ void ExpectValidDelaunayCover(ZrCIncrementalDelaunay2D& d, const Raster& r)
 
 TEST(GreedyRefinement, ParaboloidAndRidgeAreWithinTheTargetAtEveryCell)
 {
-    const Raster paraboloid(41, 33, [](int x, int y) { return 0.02 * ((x - 17.3) * (x - 17.3) + (y - 14.6) * (y - 14.6)); });
+    const Raster paraboloid(41, 33, [](int x, int y) {
+        return 0.02 * ((x - 17.3) * (x - 17.3) + (y - 14.6) * (y - 14.6));
+    });
     // A sharp crest along a line the cells do not follow, on a gentle tilt.
     const Raster ridge(37, 29, [](int x, int y) { return 40.0 - 1.5 * std::fabs(x - 0.6 * y - 9.5) + 0.1 * y; });
     for (const auto& [raster, target] : {std::pair(&paraboloid, 0.25), std::pair(&ridge, 0.5)}) {
@@ -302,10 +308,13 @@ TEST(LatticeTriangleRows, CellsAndHeightsMatchABruteForceTest)
         for (auto& corner : c) corner = {coordinate(engine), coordinate(engine) - 2, double(engine() % 1000) / 8.0};
         if (round % 10 == 0) c[2] = {2 * c[1].x - c[0].x, 2 * c[1].y - c[0].y, 1.0};
         std::map<std::pair<int, int>, double> found;
-        detail::ForEachRowOfCells(c[0], c[1], c[2], 20, 16, [&](int y, int first, int last, double n, double step, double area) {
-            for (int x = first; x <= last; ++x, n += step) EXPECT_TRUE(found.emplace(std::pair(x, y), n / area).second);
-        });
-        const double area = double(c[1].x - c[0].x) * double(c[2].y - c[0].y) - double(c[1].y - c[0].y) * double(c[2].x - c[0].x);
+        detail::ForEachRowOfCells(c[0], c[1], c[2], 20, 16,
+                                  [&](int y, int first, int last, double n, double step, double area) {
+                                      for (int x = first; x <= last; ++x, n += step)
+                                          EXPECT_TRUE(found.emplace(std::pair(x, y), n / area).second);
+                                  });
+        const double area =
+            double(c[1].x - c[0].x) * double(c[2].y - c[0].y) - double(c[1].y - c[0].y) * double(c[2].x - c[0].x);
         for (int y = 0; y < 16; ++y) {
             for (int x = 0; x < 20; ++x) {
                 double w[3];

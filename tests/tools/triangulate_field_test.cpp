@@ -249,8 +249,8 @@ TEST(TriangulateFieldRun, APlaneComesBackWithinHalfACellOfSlope)
         plane.heights.push_back(0.5f * static_cast<float>(i % 30) - 0.25f * static_cast<float>(i / 30) + 40.0f);
     vek::tools::WritePfm(folder.File("plane.pfm"), plane);
 
-    const Outcome o = RunProgram(
-        {folder.File("plane.pfm"), "--mode", "lattice", "--points", "120", "--cell-size", "1", "-o", folder.File("out")});
+    const Outcome o = RunProgram({folder.File("plane.pfm"), "--mode", "lattice", "--points", "120", "--cell-size", "1",
+                                  "-o", folder.File("out")});
     ASSERT_EQ(o.code, 0) << o.err;
     EXPECT_NE(o.out.find("30 x 20 cells"), std::string::npos) << o.out;
     const HeightRaster result = ReadHeightRaster(folder.File("out/plane_surface.pfm")).raster;
