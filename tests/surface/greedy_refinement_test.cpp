@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
 #include <utility>
@@ -39,6 +40,22 @@ struct Raster {
     HeightGrid Grid() const { return {width, height, cells.data(), width}; }
     float At(int x, int y) const { return cells[static_cast<std::size_t>(y) * width + x]; }
 };
+
+// A triangulation refined over `r` from its four corners, and what the
+// refinement said of it.
+struct Refined {
+    std::unique_ptr<ZrCIncrementalDelaunay2D> triangulation = std::make_unique<ZrCIncrementalDelaunay2D>();
+    GreedyRefinement::Outcome outcome;
+};
+
+Refined RefineFromCorners(const Raster& r, double target, int budget)
+{
+    Refined refined;
+    GreedyRefinement refinement(*refined.triangulation, r.Grid());
+    refinement.Start();
+    refined.outcome = refinement.Refine(target, budget);
+    return refined;
+}
 
 struct PlaneCheck {
     double worst = 0.0;
@@ -124,10 +141,9 @@ TEST(GreedyRefinement, ParaboloidAndRidgeAreWithinTheTargetAtEveryCell)
     // A sharp crest along a line the cells do not follow, on a gentle tilt.
     const Raster ridge(37, 29, [](int x, int y) { return 40.0 - 1.5 * std::fabs(x - 0.6 * y - 9.5) + 0.1 * y; });
     for (const auto& [raster, target] : {std::pair(&paraboloid, 0.25), std::pair(&ridge, 0.5)}) {
-        ZrCIncrementalDelaunay2D d;
-        GreedyRefinement refinement(d, raster->Grid());
-        refinement.Start();
-        const GreedyRefinement::Outcome outcome = refinement.Refine(target, 1 << 20);
+        const Refined refined = RefineFromCorners(*raster, target, 1 << 20);
+        ZrCIncrementalDelaunay2D& d = *refined.triangulation;
+        const GreedyRefinement::Outcome& outcome = refined.outcome;
         EXPECT_TRUE(outcome.targetReached);
         EXPECT_LE(outcome.worstError, target);
         const PlaneCheck check = CheckEveryCell(d, *raster);
@@ -181,21 +197,15 @@ TEST(GreedyRefinement, ACellExactlyAtTheTargetIsWithinIt)
     // 1.5 y, which every cell follows but (1, 1): it holds 2 where the
     // plane passes at 1.5, and departs by exactly 0.5.
     const Raster tie(3, 3, [](int x, int y) { return x == 1 && y == 1 ? 2.0 : 1.5 * y; });
-    ZrCIncrementalDelaunay2D exact;
-    GreedyRefinement atTarget(exact, tie.Grid());
-    atTarget.Start();
-    const GreedyRefinement::Outcome reached = atTarget.Refine(0.5, 100);
-    EXPECT_EQ(reached.inserted, 0);
-    EXPECT_EQ(reached.worstError, 0.5);
-    EXPECT_TRUE(reached.targetReached);
+    const Refined atTarget = RefineFromCorners(tie, 0.5, 100);
+    EXPECT_EQ(atTarget.outcome.inserted, 0);
+    EXPECT_EQ(atTarget.outcome.worstError, 0.5);
+    EXPECT_TRUE(atTarget.outcome.targetReached);
 
-    ZrCIncrementalDelaunay2D below;
-    GreedyRefinement belowTarget(below, tie.Grid());
-    belowTarget.Start();
-    const GreedyRefinement::Outcome refined = belowTarget.Refine(0.4999, 100);
-    EXPECT_EQ(refined.inserted, 1);
-    EXPECT_EQ(Lanes(below.GetVertex(4)), (Lanes4{1, 1, 2, 0}));
-    EXPECT_EQ(refined.worstError, 0.0);
+    const Refined below = RefineFromCorners(tie, 0.4999, 100);
+    EXPECT_EQ(below.outcome.inserted, 1);
+    EXPECT_EQ(Lanes(below.triangulation->GetVertex(4)), (Lanes4{1, 1, 2, 0}));
+    EXPECT_EQ(below.outcome.worstError, 0.0);
 }
 
 TEST(GreedyRefinement, GoesOnFromWhatTheTriangulationHoldsNow)
@@ -255,12 +265,9 @@ TEST(GreedyRefinement, CellsWithoutDataAreNotComparedAndNarrowGridsHaveNoSurface
 
     for (const auto& [w, h] : {std::pair(1, 9), std::pair(9, 1)}) {
         const Raster line(w, h, [](int x, int y) { return x + y; });
-        ZrCIncrementalDelaunay2D empty;
-        GreedyRefinement nothing(empty, line.Grid());
-        nothing.Start();
-        const GreedyRefinement::Outcome none = nothing.Refine(0.1, 100);
-        EXPECT_EQ(none.triangles, 0);
-        EXPECT_EQ(none.inserted, 0);
+        const Refined none = RefineFromCorners(line, 0.1, 100);
+        EXPECT_EQ(none.outcome.triangles, 0);
+        EXPECT_EQ(none.outcome.inserted, 0);
     }
 }
 
