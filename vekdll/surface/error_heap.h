@@ -25,6 +25,13 @@ public:
         return id >= 0 && static_cast<std::size_t>(id) < places_.size() && places_[static_cast<std::size_t>(id)] >= 0;
     }
 
+    // Room for ids below n without growing.
+    void Reserve(std::size_t n)
+    {
+        entries_.reserve(n);
+        places_.reserve(n);
+    }
+
     void Clear()
     {
         entries_.clear();

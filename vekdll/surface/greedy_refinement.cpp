@@ -50,12 +50,13 @@ GreedyRefinement::Outcome GreedyRefinement::Refine(double maxError, int maxVerti
     target_ = maxError;
     cellsMeasured_ = 0;
     if (d.IsFinalized()) d.CopyFinalTriangleListToTriangleList();
+    ReserveRecords(maxVertices);
     MeasureWholeList();
 
     const int verticesBefore = d.GetNumVertices();
     for (;;) {
         while (!heap_.Empty() && d.GetNumVertices() < maxVertices) InsertWorstCellOf(heap_.Top());
-        MeasureWholeList();
+        MeasureChangedBehindTheRecords();
         if (heap_.Empty() || d.GetNumVertices() >= maxVertices) break;
     }
 
@@ -67,6 +68,19 @@ GreedyRefinement::Outcome GreedyRefinement::Refine(double maxError, int maxVerti
     outcome.targetReached = outcome.worstError <= maxError;
     outcome.cellsMeasured = cellsMeasured_;
     return outcome;
+}
+
+// A triangulation of n vertices has fewer than 2 n triangles, and there are
+// no more vertices than cells. Room for them all from the start spares the
+// records a copy and a fresh set of pages at every doubling; pages that are
+// never written cost nothing.
+void GreedyRefinement::ReserveRecords(int maxVertices)
+{
+    const long long cells = static_cast<long long>(grid_.width) * grid_.height;
+    const long long vertices = std::max(0LL, std::min<long long>(maxVertices, cells + 4));
+    const auto triangles = static_cast<std::size_t>(std::min(2 * vertices, 1LL << 28));
+    slots_.reserve(triangles);
+    heap_.Reserve(triangles);
 }
 
 // Brings the records in step with the working list as it is: triangles
@@ -96,6 +110,16 @@ void GreedyRefinement::MeasureWholeList()
     }
 }
 
+// The records name only triangles of the working list, so a walk over them
+// finds every triangle whose corners a flip changed in place.
+void GreedyRefinement::MeasureChangedBehindTheRecords()
+{
+    for (int slot = 0; slot < static_cast<int>(slots_.size()); ++slot) {
+        const Slot& s = slots_[slot];
+        if (s.triangle != nullptr && !HasCornersOf(s, s.triangle)) Measure(slot);
+    }
+}
+
 int GreedyRefinement::SlotOf(const t_hdelaunaytriangle* triangle) const
 {
     const std::int32_t slot = triangle->SortIndex;
@@ -105,7 +129,8 @@ int GreedyRefinement::SlotOf(const t_hdelaunaytriangle* triangle) const
 
 bool GreedyRefinement::HasCornersOf(const Slot& slot, const t_hdelaunaytriangle* triangle) const
 {
-    return std::equal(slot.corner, slot.corner + 3, triangle->Vertex);
+    return slot.corner[0] == triangle->Vertex[0] && slot.corner[1] == triangle->Vertex[1] &&
+           slot.corner[2] == triangle->Vertex[2];
 }
 
 int GreedyRefinement::Adopt(t_hdelaunaytriangle* triangle)
@@ -127,7 +152,7 @@ int GreedyRefinement::Adopt(t_hdelaunaytriangle* triangle)
 
 void GreedyRefinement::Release(int slot)
 {
-    heap_.Remove(slot);
+    if (slots_[slot].queued) heap_.Remove(slot);
     slots_[slot] = Slot{};
     freeSlots_.push_back(slot);
 }
@@ -135,11 +160,13 @@ void GreedyRefinement::Release(int slot)
 // Only triangles beyond the target wait in the heap.
 void GreedyRefinement::Queue(int slot)
 {
-    const Slot& s = slots_[slot];
-    if (s.error > target_ && !s.stuck)
+    Slot& s = slots_[slot];
+    const bool beyond = s.error > target_ && !s.stuck;
+    if (beyond)
         heap_.Set(slot, s.error);
-    else
+    else if (s.queued)
         heap_.Remove(slot);
+    s.queued = beyond;
 }
 
 double GreedyRefinement::WorstErrorLeft() const

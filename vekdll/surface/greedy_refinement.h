@@ -24,8 +24,9 @@ namespace vek {
 // triangle it made or changed to the tail of the working list; only those
 // are looked at again. So an insertion costs about the cells of the few new
 // triangles, however large the surface has grown. Once no triangle is
-// beyond the target, one pass over the whole list makes sure of it, since a
-// flip may rarely rewrite a triangle that the insertion did not hand back.
+// beyond the target, one pass over the records makes sure of it, since a
+// flip may rewrite a triangle that the insertion did not hand back (on the
+// bundled elevation model up to two insertions in a thousand do).
 //
 // Vertices lie on cell centres: x the column, y the row of the grid, z the
 // height of that cell as given (a corner without data takes the nearest
@@ -81,6 +82,8 @@ private:
         std::int32_t cellX = 0;
         std::int32_t cellY = 0;
         bool seen = false;
+        // Waits in the heap.
+        bool queued = false;
         // Its worst cell found no place in the triangulation.
         bool stuck = false;
     };
@@ -96,7 +99,9 @@ private:
     void Measure(int slot);
     void Release(int slot);
     void Queue(int slot);
+    void ReserveRecords(int maxVertices);
     void MeasureWholeList();
+    void MeasureChangedBehindTheRecords();
 
     // One vertex at the worst cell of `slot`, and the records brought up to
     // date with what the insertion changed.

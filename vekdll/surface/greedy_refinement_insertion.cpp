@@ -56,7 +56,7 @@ void GreedyRefinement::InsertWorstCellOf(int slot)
     // picked again for ever.
     if (slots_[slot].triangle == worst && HasCornersOf(slots_[slot], worst)) {
         slots_[slot].stuck = true;
-        heap_.Remove(slot);
+        Queue(slot);
     }
 }
 
