@@ -77,7 +77,10 @@
 
 // adaptive surface triangulation
 #include "vekdll/surface/border_chain_count.h"
+#include "vekdll/surface/cell_centre_error.h"
 #include "vekdll/surface/delaunay_records.h"
+#include "vekdll/surface/greedy_refinement.h"
+#include "vekdll/surface/height_grid.h"
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/polygon_blend.h"
 #include "vekdll/surface/polygons_for_combine.h"

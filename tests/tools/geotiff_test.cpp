@@ -261,8 +261,8 @@ TEST(GeoTiffRun, TheSurfaceKeepsTheGeoreferenceAndTheMeshLiesInWorldUnits)
 {
     ScratchFolder folder;
     MakeGeoTiff(folder.File("plane.tif"), PlaneTiff());
-    const Outcome o = RunProgram({folder.File("plane.tif"), "--points", "2000", "--mesh-format", "ply", "--no-images",
-                                  "-o", folder.File("ply")});
+    const Outcome o = RunProgram({folder.File("plane.tif"), "--mode", "lattice", "--points", "2000", "--mesh-format",
+                                  "ply", "--no-images", "-o", folder.File("ply")});
     ASSERT_EQ(o.code, 0) << o.err;
     EXPECT_NE(o.out.find("cell size 2.00 from the geotransform"), std::string::npos) << o.out;
     EXPECT_EQ(FilesIn(folder.File("ply")),
@@ -307,7 +307,10 @@ TEST(GeoTiffRun, TheSurfaceKeepsTheGeoreferenceAndTheMeshLiesInWorldUnits)
     }
 
     // The OBJ holds the same mesh, to the hundredth of a metre.
-    ASSERT_EQ(RunProgram({folder.File("plane.tif"), "--points", "2000", "--no-images", "-o", folder.File("obj")}).code, 0);
+    ASSERT_EQ(RunProgram({folder.File("plane.tif"), "--mode", "lattice", "--points", "2000", "--no-images", "-o",
+                          folder.File("obj")})
+                  .code,
+              0);
     const ObjMesh obj = ReadObj(folder.File("obj/plane_triangles.obj"));
     ASSERT_EQ(obj.vertices.size(), ply.vertices.size());
     ASSERT_EQ(obj.faces.size(), ply.faces.size());

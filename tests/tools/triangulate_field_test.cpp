@@ -31,15 +31,22 @@ TEST(TriangulateFieldArguments, OptionsDefaultsAndHelp)
 {
     using vek::tools::MeshFormat;
     using vek::tools::ParseCommandLine;
+    using vek::tools::SurfaceMode;
     const auto fields = [](const vek::tools::Options& o) {
-        return std::tuple(o.input, o.outputDirectory, o.points, o.cellSize, o.keepLowest, o.meshFormat, o.images);
+        return std::tuple(o.input, o.outputDirectory, o.mode, o.maxError, o.maxVertices, o.points, o.cellSize,
+                          o.keepLowest, o.meshFormat, o.images);
     };
-    EXPECT_EQ(fields(ParseCommandLine({})),
-              std::tuple(std::string(), std::string("out"), 16000, 0.0, false, MeshFormat::Obj, true));
+    EXPECT_EQ(fields(ParseCommandLine({})), std::tuple(std::string(), std::string("out"), SurfaceMode::Adaptive, 10.0,
+                                                       5'000'000, 16000, 0.0, false, MeshFormat::Obj, true));
     EXPECT_EQ(fields(ParseCommandLine({"--points", "500", "in.pfm", "--cell-size", "2.5", "-o", "results", "--lowest",
-                                       "--mesh-format", "ply", "--no-images"})),
-              std::tuple(std::string("in.pfm"), std::string("results"), 500, 2.5, true, MeshFormat::Ply, false));
-    EXPECT_EQ(ParseCommandLine({"-n", "3"}).points, 3);
+                                       "--mesh-format", "ply", "--no-images", "--mode", "lattice"})),
+              std::tuple(std::string("in.pfm"), std::string("results"), SurfaceMode::Lattice, 10.0, 5'000'000, 500,
+                         2.5, true, MeshFormat::Ply, false));
+    EXPECT_EQ(fields(ParseCommandLine({"--max-error", "0.25", "--max-vertices", "4", "--mode", "adaptive"})),
+              std::tuple(std::string(), std::string("out"), SurfaceMode::Adaptive, 0.25, 4, 16000, 0.0, false,
+                         MeshFormat::Obj, true));
+    EXPECT_EQ(ParseCommandLine({"-n", "3", "--mode", "lattice"}).points, 3);
+    EXPECT_EQ(ParseCommandLine({"-e", "1e-3"}).maxError, 0.001);
     EXPECT_EQ(ParseCommandLine({"--mesh-format", "ply", "--mesh-format", "obj"}).meshFormat, MeshFormat::Obj);
 
     for (const char* flag : {"--help", "-h"}) {
@@ -47,8 +54,9 @@ TEST(TriangulateFieldArguments, OptionsDefaultsAndHelp)
         const Outcome help = RunProgram({flag});
         EXPECT_EQ(help.code, 0);
         EXPECT_EQ(help.err, "");
-        for (const char* option : {"--points", "--cell-size", "--lowest", "--output", "--help", "--mesh-format",
-                                   "--no-images", "PFM", "PGM", "OBJ", "PLY", "GeoTIFF", "_relief.png", "_error.png"})
+        for (const char* option : {"--max-error", "--max-vertices", "--mode", "--points", "--cell-size", "--lowest",
+                                   "--output", "--help", "--mesh-format", "--no-images", "PFM", "PGM", "OBJ", "PLY",
+                                   "GeoTIFF", "_relief.png", "_error.png"})
             EXPECT_NE(help.out.find(option), std::string::npos) << option;
         EXPECT_NE(help.out.find(vek::tools::InputHelp(vek::tools::BuiltWithGdal())), std::string::npos);
     }
@@ -64,9 +72,13 @@ TEST(TriangulateFieldArguments, BadArgumentsAndFilesEndWithOneLineAndCodeTwo)
     WriteBytes(tiny, Text("P5 1 5 255\n") + Bytes(5, 7));
     WriteBytes(small, Text("P5 3 3 255\n") + Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9});
     const std::vector<std::vector<std::string>> cases = {
-        {"--points"}, {"--points", "many"}, {"--points", "2"}, {"--points", "12abc"}, {"--cell-size", "0"},
-        {"--cell-size", "nan"}, {"--output", ""}, {"--bogus"}, {"a.pfm", "b.pfm"}, {"--mesh-format"},
-        {"--mesh-format", "stl"}, {folder.File("missing.pfm")}, {garbage}, {tiny}, {small, "-o", blocked},
+        {"--points"}, {"--points", "many", "--mode", "lattice"}, {"--points", "2", "--mode", "lattice"},
+        {"--points", "12abc", "--mode", "lattice"}, {"--cell-size", "0"}, {"--cell-size", "nan"}, {"--output", ""},
+        {"--bogus"}, {"a.pfm", "b.pfm"}, {"--mesh-format"}, {"--mesh-format", "stl"}, {"--mode", "finest"},
+        {"--max-error", "0"}, {"--max-error", "-1"}, {"--max-error", "inf"}, {"--max-vertices", "3"},
+        {"--max-vertices", "1.5"}, {"--points", "500"}, {"--max-error", "2", "--mode", "lattice"},
+        {"--mode", "lattice", "--max-vertices", "100"}, {folder.File("missing.pfm")}, {garbage}, {tiny},
+        {small, "-o", blocked},
     };
     for (const auto& args : cases) {
         SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
@@ -237,7 +249,8 @@ TEST(TriangulateFieldRun, APlaneComesBackWithinHalfACellOfSlope)
         plane.heights.push_back(0.5f * static_cast<float>(i % 30) - 0.25f * static_cast<float>(i / 30) + 40.0f);
     vek::tools::WritePfm(folder.File("plane.pfm"), plane);
 
-    const Outcome o = RunProgram({folder.File("plane.pfm"), "--points", "120", "--cell-size", "1", "-o", folder.File("out")});
+    const Outcome o = RunProgram({folder.File("plane.pfm"), "--mode", "lattice", "--points", "120", "--cell-size", "1",
+                                  "-o", folder.File("out")});
     ASSERT_EQ(o.code, 0) << o.err;
     EXPECT_NE(o.out.find("30 x 20 cells"), std::string::npos) << o.out;
     const HeightRaster result = ReadHeightRaster(folder.File("out/plane_surface.pfm")).raster;

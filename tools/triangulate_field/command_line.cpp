@@ -37,17 +37,41 @@ double PositiveNumber(const std::string& option, const std::string& text)
     return value;
 }
 
+// An option of the other mode would be ignored in silence; it is refused
+// instead, naming the mode it belongs to.
+void CheckModeOptions(const Options& options, const std::string& latticeOption, const std::string& adaptiveOption)
+{
+    if (options.mode == SurfaceMode::Adaptive && !latticeOption.empty())
+        throw ToolError(latticeOption + " belongs to --mode lattice");
+    if (options.mode == SurfaceMode::Lattice && !adaptiveOption.empty())
+        throw ToolError(adaptiveOption + " belongs to the adaptive mode, not --mode lattice");
+}
+
 } // namespace
 
 Options ParseCommandLine(const std::vector<std::string>& args)
 {
     Options options;
+    std::string latticeOption;
+    std::string adaptiveOption;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "-h" || arg == "--help") {
             options.help = true;
+        } else if (arg == "--mode") {
+            const std::string& mode = ValueOf(args, i);
+            if (mode != "adaptive" && mode != "lattice")
+                throw ToolError(arg + " takes adaptive or lattice, not '" + mode + "'");
+            options.mode = mode == "lattice" ? SurfaceMode::Lattice : SurfaceMode::Adaptive;
+        } else if (arg == "-e" || arg == "--max-error") {
+            options.maxError = PositiveNumber(arg, ValueOf(args, i));
+            adaptiveOption = arg;
+        } else if (arg == "--max-vertices") {
+            options.maxVertices = PositiveInt(arg, ValueOf(args, i), 4, 100'000'000);
+            adaptiveOption = arg;
         } else if (arg == "-n" || arg == "--points") {
             options.points = PositiveInt(arg, ValueOf(args, i), 3, 10'000'000);
+            latticeOption = arg;
         } else if (arg == "--cell-size") {
             options.cellSize = PositiveNumber(arg, ValueOf(args, i));
         } else if (arg == "-o" || arg == "--output") {
@@ -69,6 +93,7 @@ Options ParseCommandLine(const std::vector<std::string>& args)
             throw ToolError("one input at a time: " + options.input + " and " + arg);
         }
     }
+    CheckModeOptions(options, latticeOption, adaptiveOption);
     return options;
 }
 
@@ -77,16 +102,26 @@ std::string HelpText()
     const std::string pictures = BuiltWithPng() ? "" : "\n                     (" + WithoutPngNote() + ")";
     return R"(Usage: triangulate_field [options] [INPUT]
 
-Triangulates a height field and scan-converts the triangles back into a field:
-stores border and sample points, triangulates them under the Delaunay rule,
-scan-converts the surface on five worker threads, and tells how far the result
-departs from the input.
+Triangulates a height field and scan-converts the triangles back into a field.
+By default the surface grows from the field's four corners one vertex at a
+time under the Delaunay rule, each vertex at the cell where the surface departs
+most from the input, until no cell centre departs by more than the target.
+The surface is scan-converted on five worker threads, and the program tells how
+far it departs from the input, at the cell centres and as scan-converted.
 
 )" + InputHelp(BuiltWithGdal()) +
            R"(
 Options:
-  -n, --points N     vertices to store, about (default 16000). The insertion is
-                     still quadratic in the vertices: 16000 take a few seconds.
+  -e, --max-error E  the largest departure from the input allowed at any cell
+                     centre, in the units of the heights (default 10: for the
+                     bundled model's metres about the accuracy of its SRTM
+                     heights; a closer fit mostly traces their noise, and 2
+                     takes six times the triangles of 10).
+  --max-vertices N   stop inserting at N vertices even if the target is not
+                     reached (default 5000000, which bounds the memory).
+  --mode M           adaptive (default), or lattice: the border and a staggered
+                     lattice of cells, stored first and triangulated in one go.
+  -n, --points N     the lattice mode's vertices, about (default 16000).
   --cell-size S      side of a cell in the units of the heights, so that slopes
                      are true (default: the input's own from its geotransform,
                      else 30, the bundled model's 30 m cells).

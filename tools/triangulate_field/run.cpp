@@ -71,6 +71,28 @@ std::string Describe(const Georeference& g)
     return line.str();
 }
 
+void ReportAdaptiveVertices(std::ostream& out, const Options& options, ZrCIncrementalDelaunay2D& d,
+                            const RoadResult& road)
+{
+    out << "target      " << options.maxError << " at most between the surface and the input at any cell centre"
+        << " (by --max-error)\n"
+        << "vertices    " << d.GetNumVertices() << ": the 4 corners, then " << road.insertedVertices
+        << " inserted one at a time where the surface departed most\n";
+    if (road.targetReached)
+        out << "            (target reached)\n";
+    else
+        out << "            (target not reached: the budget of " << options.maxVertices
+            << " vertices by --max-vertices ran out first)\n";
+}
+
+void ReportLatticeVertices(std::ostream& out, const Options& options, ZrCIncrementalDelaunay2D& d,
+                           const RoadResult& road)
+{
+    out << "vertices    " << d.GetNumVertices() << ": " << road.borderVertices << " on the border, "
+        << road.innerVertices << " on a staggered lattice " << road.latticeSpacing << " cells apart\n"
+        << "            (at most " << options.points << " by --points)\n";
+}
+
 int Run(const Options& options, std::ostream& out, Progress& progress)
 {
     const std::string input = options.input.empty() ? FindBundledInput() : options.input;
@@ -99,23 +121,32 @@ int Run(const Options& options, std::ostream& out, Progress& progress)
     if (loaded.format == RasterFormat::Gdal) out << "            " << Describe(loaded.georeference) << "\n";
 
     RoadSettings settings{options.points, cellSize, !options.keepLowest,
-                          [&progress](const char* stage) { progress.Stage(stage); }};
+                          [&progress](const char* stage) { progress.Stage(stage); }, options.mode,
+                          options.maxError, options.maxVertices};
     const RoadResult road = RunSurfaceRoad(raster, settings);
     ZrCIncrementalDelaunay2D& d = *road.triangulation;
-    out << "vertices    " << d.GetNumVertices() << ": " << road.borderVertices << " on the border, "
-        << road.innerVertices << " on a staggered lattice " << road.latticeSpacing << " cells apart\n"
-        << "            (at most " << options.points
-        << " by --points: insertion is still quadratic, and that many keep the run to a few seconds)\n"
-        << "triangles   " << road.triangles << ", scan-converted on five worker threads keeping the "
+    if (options.mode == SurfaceMode::Adaptive)
+        ReportAdaptiveVertices(out, options, d, road);
+    else
+        ReportLatticeVertices(out, options, d, road);
+    out << "triangles   " << road.triangles << ", scan-converted on five worker threads keeping the "
         << (settings.keepMax ? "highest" : "lowest") << " height per cell\n";
+    out << "at centres  over " << road.centre.cells << " cells with data: maximum " << road.centre.maximum
+        << ", RMS " << road.centre.rms << " (the triangles' own heights)";
+    if (road.centre.uncovered > 0) out << "; " << road.centre.uncovered << " cells with data no triangle covers";
+    out << "\n";
 
     progress.Stage("comparing");
     start = std::chrono::steady_clock::now();
     const Difference diff = CompareRasters(raster, road.surface);
     const double compareSeconds = SecondsSince(start);
-    out << "difference  over " << diff.cells << " cells with data: maximum " << diff.maximum << ", RMS " << diff.rms;
+    out << "difference  over " << diff.cells << " cells with data: maximum " << diff.maximum << ", RMS " << diff.rms
+        << " (the scan-converted field)";
     if (diff.unreached > 0) out << "; " << diff.unreached << " cells with data no triangle reached";
-    out << "\n";
+    out << "\n            (each cell of the field keeps the " << (settings.keepMax ? "highest" : "lowest")
+        << " of the samples taken across it, which on a\n"
+           "            slope lie up to half a cell's rise "
+        << (settings.keepMax ? "above" : "below") << " the height at its centre)\n";
 
     progress.Stage("writing into " + options.outputDirectory);
     start = std::chrono::steady_clock::now();
@@ -131,8 +162,12 @@ int Run(const Options& options, std::ostream& out, Progress& progress)
             << " cells lie beyond and show at the ends\n";
     }
     if (!files.picturesNote.empty()) out << "pictures    " << files.picturesNote << "\n";
-    out << std::setprecision(3) << "time s      read " << readSeconds << ", store " << road.storeSeconds
-        << ", triangulate " << road.triangulateSeconds << ", scan-convert " << road.scanSeconds << ", compare "
+    out << std::setprecision(3) << "time s      read " << readSeconds;
+    if (options.mode == SurfaceMode::Adaptive)
+        out << ", refine " << road.refineSeconds;
+    else
+        out << ", store " << road.storeSeconds << ", triangulate " << road.triangulateSeconds;
+    out << ", compare at centres " << road.checkSeconds << ", scan-convert " << road.scanSeconds << ", compare "
         << compareSeconds << ", write " << writeSeconds << "\n";
     for (std::size_t i = 0; i < files.paths.size(); ++i)
         out << (i == 0 ? "wrote       " : "            ") << files.paths[i] << "\n";

@@ -157,11 +157,27 @@ RoadResult::~RoadResult() = default;
 RoadResult::RoadResult(RoadResult&&) noexcept = default;
 RoadResult& RoadResult::operator=(RoadResult&&) noexcept = default;
 
+std::unique_ptr<ZrCIncrementalDelaunay2D> NewTriangulation()
+{
+    return std::make_unique<ZrCIncrementalDelaunay2D>();
+}
+
+HeightGrid GridOf(const HeightRaster& input)
+{
+    return {input.width, input.height,
+            input.heights.data() + static_cast<std::ptrdiff_t>(input.height - 1) * input.width, -input.width};
+}
+
 RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& settings)
 {
     if (input.width < 2 || input.height < 2) throw ToolError("a raster of at least 2 x 2 cells is needed");
+    return settings.mode == SurfaceMode::Adaptive ? RunAdaptiveRoad(input, settings) : RunLatticeRoad(input, settings);
+}
+
+RoadResult RunLatticeRoad(const HeightRaster& input, const RoadSettings& settings)
+{
     RoadResult result;
-    result.triangulation = std::make_unique<ZrCIncrementalDelaunay2D>();
+    result.triangulation = NewTriangulation();
     ZrCIncrementalDelaunay2D& d = *result.triangulation;
 
     const auto stage = [&](const char* name) {
@@ -177,7 +193,23 @@ RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& setting
     start = std::chrono::steady_clock::now();
     d.Triangulate(d.GetNumVertices(), true, true);
     result.triangulateSeconds = SecondsSince(start);
+    CheckAndScanConvert(input, settings, result);
+    return result;
+}
+
+void CheckAndScanConvert(const HeightRaster& input, const RoadSettings& settings, RoadResult& result)
+{
+    ZrCIncrementalDelaunay2D& d = *result.triangulation;
+    if (!d.IsFinalized()) d.FinalizeTriangleList();
     result.triangles = d.GetNumTriangles();
+    const auto stage = [&](const char* name) {
+        if (settings.stage) settings.stage(name);
+    };
+
+    stage("comparing at the cell centres");
+    auto start = std::chrono::steady_clock::now();
+    result.centre = CompareAtCellCentres(d, GridOf(input), settings.cellSize);
+    result.checkSeconds = SecondsSince(start);
 
     // Heights were divided by the cell size; a z cell of 1 / size brings
     // them back. Cells that no triangle reaches get not-a-number, the
@@ -191,7 +223,6 @@ RoadResult RunSurfaceRoad(const HeightRaster& input, const RoadSettings& setting
     d.FastScanConvertTriangulation(&field, std::numeric_limits<float>::quiet_NaN(), origin, settings.keepMax);
     result.surface = OntoInputCells(field, origin, input.width, input.height);
     result.scanSeconds = SecondsSince(start);
-    return result;
 }
 
 RasterPoint OnInput(const SSEPoint& vertex, const HeightRaster& input, const RoadSettings& settings)
