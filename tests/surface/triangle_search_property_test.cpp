@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "surface/triangulation_checks.h"
@@ -135,6 +136,31 @@ TEST(TriangleSearch, IndexedAndWalkedInsertionGiveTheSameLists)
     PointSet dense = f.Uniform(500, 2.0f);
     for (SSEPoint& p : dense) p = vek::test::P(1000.0f + p.x, 1000.0f + p.y);
     ExpectSameBothWays("dense far out", dense, {});
+}
+
+// Two coincident points among the first three, without box corners: the
+// float decisions that follow disagree with each other, a sweep flips with a
+// triangle outside the insertion's reach, and the triangles the insertion
+// drops must not be freed while a link may still lead to them (found by the
+// fuzz program; the sanitizer builds read freed memory otherwise).
+TEST(TriangleSearch, ContradictoryDecisionsLeaveOnlyLinksToListedTriangles)
+{
+    const std::vector<std::pair<float, float>> points = {
+        {1.5, 3},   {1.5, 3},    {15.5, 11.5}, {15.5, 1.5}, {0, 3},    {13.5, 4},   {4, 4},   {2.5, 4},
+        {4, 13.5},  {2.5, 13},   {6.5, 6.5},   {6.5, 6.5},  {0.5, 0.5}, {7.5, 8},   {8, 8},   {8, 15.5},
+        {6.5, 0},   {0.5, 4.5},  {4, 5},       {6.5, 6.5},  {15.5, 15.5}, {6.5, 0}, {4, 8.5}, {6.5, 2.5},
+        {15.5, 5},  {0, 0},      {8.5, 6.5},   {0, 0},      {0, 0},    {5, 15.5}};
+    for (const SearchMode mode : {SearchMode::Indexed, SearchMode::LinearScan}) {
+        ZrCIncrementalDelaunay2D d(static_cast<int>(points.size()) + 8);
+        d.SetSearchMode(mode);
+        for (const auto& [x, y] : points) d.AppendVertex(vek::test::P(x, y));
+        d.Triangulate(d.GetNumVertices(), true, false);
+        const std::vector<t_hdelaunaytriangle*> triangles = vek::test::Triangles(d.GetFinalList());
+        for (const t_hdelaunaytriangle* t : triangles) {
+            for (const t_hdelaunaytriangle* n : t->Neighbour)
+                EXPECT_TRUE(n == nullptr || std::find(triangles.begin(), triangles.end(), n) != triangles.end());
+        }
+    }
 }
 
 // The grid must hand out every circle that holds a point by the float test

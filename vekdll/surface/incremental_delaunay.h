@@ -343,5 +343,7 @@ private:
     // Set when an insertion left links that are not returned, or lead to a
     // retired triangle; cleared by a new build.
     bool LinksMayBeStale = false;
+    // Set by a sweep that flipped with a triangle outside the affected list.
+    bool FlippedOutsideAffected = false;
     std::vector<t_hdelaunaytriangle*> SearchScratch;
 };

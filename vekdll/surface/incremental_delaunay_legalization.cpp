@@ -185,6 +185,10 @@ int ZrCIncrementalDelaunay2D::SweepOnce(bool checkFan, vek::detail::SweepCycleWa
                     for (const t_hdelaunaytriangle* around : record->Neighbour) watch->Touch(around);
                 }
             }
+            // A sound insertion flips only among the triangles it affects;
+            // a neighbour from elsewhere means the float decisions disagree,
+            // and its outer links are then beyond what the insertion checks.
+            if (!LinksMayBeStale && AffectedTriangleList.Find(neighbour) == nullptr) FlippedOutsideAffected = true;
             FlipSharedEdge(triangle, side, neighbour, sideOfNeighbour);
             CalcCircumCircle(triangle);
             CalcCircumCircle(neighbour);

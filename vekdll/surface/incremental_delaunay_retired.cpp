@@ -16,7 +16,8 @@ bool Links(const t_hdelaunaytriangle* from, const t_hdelaunaytriangle* to)
 
 void ZrCIncrementalDelaunay2D::SettleInsertion()
 {
-    const bool sound = !LinksMayBeStale && LinksAroundInsertionAreSound();
+    const bool sound = !LinksMayBeStale && !FlippedOutsideAffected && LinksAroundInsertionAreSound();
+    FlippedOutsideAffected = false;
     AddNewTrianglesToList();
     if (sound) {
         FreeRetiredTriangles();
@@ -29,9 +30,10 @@ void ZrCIncrementalDelaunay2D::SettleInsertion()
 // Before an insertion every link was returned and led to a live triangle.
 // The insertion wrote links only into the triangles it leaves in the
 // affected list, into their neighbours, and into the triangles it dropped
-// and their neighbours; so if the affected triangles' links are returned
-// and none of them, nor any neighbour of a dropped triangle, still leads to
-// a dropped one, that holds after it too.
+// and their neighbours (a flip with a triangle from outside the affected
+// list, which writes further, is caught in the sweep); so if the affected
+// triangles' links are returned and none of them, nor any neighbour of a
+// dropped triangle, still leads to a dropped one, that holds after it too.
 bool ZrCIncrementalDelaunay2D::LinksAroundInsertionAreSound() const
 {
     std::vector<const t_hdelaunaytriangle*> leaving(Retired.begin(), Retired.end());
