@@ -355,6 +355,12 @@ protected:
     // `rim`, and every one left with two or three open sides.
     void PeelOpeningRim(TriangleListType& rimTriangles, const CSSE3dPolygon& rim);
 
+    // Chainers of border edges (border_chaining.h) that compare vertices
+    // by index or by place in x-y; they rescan the list as the plain rule
+    // reads in the LinearScan search mode.
+    auto ChainerByIndex(EdgeListType& from);
+    auto ChainerByPlace(EdgeListType& from);
+
     // Chains every loop of `open` (emptying it) and moves the chosen one to
     // `result`; see GetBorderOfCombinedTriangulationApdated.
     void ChooseBorderLoop(EdgeListType& open, EdgeListType* result, TriangleListType* triangles);
