@@ -1,4 +1,6 @@
-// Point sets from arbitrary bytes through the triangulations and hulls.
+// Point sets from arbitrary bytes through the triangulations, the border
+// chains of a triangulation with holes (both search modes must agree) and
+// the hulls.
 // Byte 0 picks the algorithm, byte 1 the coordinate form and a flag; the rest
 // are the points. The forms: a half-cell lattice of 32 x 32 (duplicates,
 // collinear and cocircular runs), coordinates spread over +-10000 cells, and
@@ -7,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "fuzz_coordinates.h"
@@ -40,6 +43,36 @@ void Delaunay(const std::vector<SSEPoint>& points, bool addCorners)
     if (n > 0) surface.InsertVertexIntoTriangulation(points[0].x + 0.25f, points[n - 1].y, true);
 }
 
+// The border loops of a triangulation of the points with every third
+// triangle taken out, chained in the given search mode.
+std::vector<std::vector<std::pair<int, int>>> BorderLoops(const std::vector<SSEPoint>& points, bool addCorners,
+                                                          vek::SearchMode mode)
+{
+    const int n = static_cast<int>(points.size());
+    ZrCIncrementalDelaunay2D surface(n + 8);
+    for (const SSEPoint& p : points) surface.AppendVertex(p);
+    surface.Triangulate(surface.GetNumVertices(), false, addCorners);
+    int k = 0;
+    CList<t_hdelaunaytriangle*>& triangles = surface.GetTriangleList();
+    for (POSITION pos = triangles.GetHeadPosition(); pos != nullptr;) triangles.GetNext(pos)->Ignore = k++ % 3 == 1;
+    surface.KillIgnoredTrianglesFromTriangleList(true);
+    surface.SetSearchMode(mode);
+    CList<CList<t_hdelaunayedge*>*> lists;
+    surface.FindAllBorderEdgeLists(&lists);
+    std::vector<std::vector<std::pair<int, int>>> loops;
+    while (!lists.IsEmpty()) {
+        CList<t_hdelaunayedge*>* list = lists.RemoveHead();
+        loops.emplace_back();
+        for (POSITION pos = list->GetHeadPosition(); pos != nullptr;) {
+            const t_hdelaunayedge* edge = list->GetNext(pos);
+            loops.back().emplace_back(edge->Vertex[0], edge->Vertex[1]);
+        }
+        ZrCIncrementalDelaunay2D::ClearEdgeList(list);
+        delete list;
+    }
+    return loops;
+}
+
 CSSE3dPolygon Polygon(const std::vector<SSEPoint>& points)
 {
     CSSE3dPolygon polygon;
@@ -61,7 +94,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size < 2) return 0;
-    const int algorithm = data[0] % 5;
+    const int algorithm = data[0] % 6;
     const Form form = static_cast<Form>((data[1] & 0x7F) % 3);
     const bool flag = (data[1] & 0x80) != 0;
     data += 2;
@@ -88,6 +121,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             hull.ObtainConvexHull2D(&outline);
             break;
         }
+        case 5:
+            // The chains through the vertex index must be those of the rescan.
+            if (BorderLoops(points, flag, vek::SearchMode::Indexed) != BorderLoops(points, flag, vek::SearchMode::LinearScan))
+                __builtin_trap();
+            break;
         default: {
             CHConvexHull3D hull;
             for (const SSEPoint& p : points) hull.AppendVertex3D(p.x, p.y, p.z, 1.0f);
