@@ -45,18 +45,6 @@ std::vector<t_hdelaunaytriangle*> SquareOfFour(ZrCIncrementalDelaunay2D& d, floa
     return fan;
 }
 
-struct EdgeLists {
-    CList<CList<Edge*>*> lists;
-    ~EdgeLists()
-    {
-        while (!lists.IsEmpty()) {
-            CList<Edge*>* list = lists.RemoveHead();
-            ZrCIncrementalDelaunay2D::ClearEdgeList(list);
-            delete list;
-        }
-    }
-};
-
 TEST(BorderLoops, OneTriangleClosesOnItselfInSideOrder)
 {
     ZrCIncrementalDelaunay2D d(10);

@@ -282,14 +282,9 @@ TEST(DeletionTests, ClearingAroundARimOpensTheSurfaceAndKeepsItValid)
     // Nothing of the square and of the bands 3 wide along its sides is left,
     // and the opening is one hole: no island stays in it, no hole beside it.
     EXPECT_LT(area, 144.0 - 4.0 - 4.0 * 6.0);
-    CList<CList<t_hdelaunayedge*>*> loops;
-    d.FindAllBorderEdgeLists(&loops);
-    EXPECT_EQ(loops.GetCount(), 2);
-    while (!loops.IsEmpty()) {
-        CList<t_hdelaunayedge*>* loop = loops.RemoveHead();
-        ZrCIncrementalDelaunay2D::ClearEdgeList(loop);
-        delete loop;
-    }
+    EdgeLists loops;
+    d.FindAllBorderEdgeLists(&loops.lists);
+    EXPECT_EQ(loops.lists.GetCount(), 2);
 }
 
 TEST(Slivers, TheShortestSideCollapsesAndTheFanStaysLinked)

@@ -109,25 +109,24 @@ double LayerArea(const ZrCIncrementalDelaunay2D& d, const std::vector<t_hdelauna
     return area;
 }
 
-int Overlaps(const ZrCIncrementalDelaunay2D& d, const std::vector<t_hdelaunaytriangle*>& triangles)
+// Pairs of triangles that overlap in x-y; only pairs whose spans in x meet
+// are tested, swept in the order of their least x.
+int Overlaps(const ZrCIncrementalDelaunay2D& d, std::vector<t_hdelaunaytriangle*> triangles)
 {
+    const auto span = [&d](const t_hdelaunaytriangle* t) {
+        double low = HUGE_VAL, high = -HUGE_VAL;
+        for (int v : t->Vertex) low = std::min<double>(low, d.GetVertex(v).x), high = std::max<double>(high, d.GetVertex(v).x);
+        return std::pair(low, high);
+    };
+    std::ranges::sort(triangles, {}, [&](const t_hdelaunaytriangle* t) { return span(t).first; });
     int overlaps = 0;
-    for (std::size_t i = 0; i < triangles.size(); ++i)
-        for (std::size_t j = i + 1; j < triangles.size(); ++j) overlaps += Overlap(d, triangles[i], triangles[j]);
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        const double high = span(triangles[i]).second;
+        for (std::size_t j = i + 1; j < triangles.size() && span(triangles[j]).first <= high; ++j)
+            overlaps += Overlap(d, triangles[i], triangles[j]);
+    }
     return overlaps;
 }
-
-struct EdgeLists {
-    CList<CList<t_hdelaunayedge*>*> lists;
-    ~EdgeLists()
-    {
-        while (!lists.IsEmpty()) {
-            CList<t_hdelaunayedge*>* list = lists.RemoveHead();
-            ZrCIncrementalDelaunay2D::ClearEdgeList(list);
-            delete list;
-        }
-    }
-};
 
 // Lays `patch` into the open `surface` by the steps of
 // InsertTriangulationAndCombine, up to the closing of the middle band. The
@@ -266,6 +265,28 @@ TEST(PatchIntoSurface, EmptyOrLonePatchesChangeNothingAndCrashNothing)
     surface.InsertTriangulationAndCombine(lone, nullptr, false);
     CList<t_hdelaunaytriangle*>& present = surface.IsFinalized() ? surface.GetFinalList() : surface.GetTriangleList();
     EXPECT_EQ(LinkFault(Triangles(present)), "");
+
+    // A patch over the surface's corner, one smaller than the clearance, and
+    // points in a row that make no triangle: whatever is left is a valid
+    // graph, and the patch is untouched.
+    struct Odd {
+        float low, high, spacing;
+    };
+    for (const Odd odd : {Odd{-5.0f, 5.0f, 0.5f}, Odd{9.9f, 10.1f, 0.1f}}) {
+        ZrCIncrementalDelaunay2D big, patch;
+        Grid(big, 0.0f, 20.0f, 1.0f, 0.0f);
+        Grid(patch, odd.low, odd.high, odd.spacing, 0.0f);
+        const int patchTriangles = patch.GetNumTriangles();
+        big.InsertTriangulationAndCombine(patch, nullptr, false);
+        EXPECT_EQ(LinkFault(Triangles(big.GetFinalList())), "") << odd.low;
+        EXPECT_EQ(patch.GetNumTriangles(), patchTriangles);
+    }
+    ZrCIncrementalDelaunay2D big, row(8);
+    Grid(big, 0.0f, 20.0f, 1.0f, 0.0f);
+    for (int i = 0; i < 5; ++i) row.AppendVertex(P(5.0f + static_cast<float>(i), 5.0f));
+    row.Triangulate(5, true, false);
+    big.InsertTriangulationAndCombine(row, nullptr, false);
+    EXPECT_EQ(LinkFault(Triangles(big.GetFinalList())), "");
 }
 
 TEST(SubTriangulations, SlotsAreJoinedInOrderAcrossTheirCut)
