@@ -18,10 +18,11 @@
 
 namespace {
 
-std::map<int, double>& SecondsBySize()
+// The time per run by triangle count, for each series of sizes.
+std::map<int, double>& SecondsBySize(int series)
 {
-    static std::map<int, double> seconds;
-    return seconds;
+    static std::map<int, std::map<int, double>> seconds;
+    return seconds[series];
 }
 
 // A grid of side x side cells of size `spacing` from `low`, triangulated:
@@ -40,11 +41,10 @@ void Grid(ZrCIncrementalDelaunay2D& d, int side, float low, float spacing)
     d.Triangulate(d.GetNumVertices(), true, true);
 }
 
-void BM_BorderLoops(benchmark::State& state)
+// Times FindAllBorderEdgeLists on `d`, and reports the size, the rate and the
+// growth against the size ten times smaller of the same `series`.
+void TimeBorderLoops(benchmark::State& state, ZrCIncrementalDelaunay2D& d, int series)
 {
-    const int side = static_cast<int>(state.range(0));
-    ZrCIncrementalDelaunay2D d;
-    Grid(d, side, 0.0f, 1.0f);
     double total = 0.0;
     for (auto _ : state) {
         CList<CList<t_hdelaunayedge*>*> loops;
@@ -62,11 +62,43 @@ void BM_BorderLoops(benchmark::State& state)
     state.counters["triangles"] = triangles;
     state.counters["triangles/s"] = benchmark::Counter(
         static_cast<double>(triangles) * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
-    SecondsBySize()[triangles] = perRun;
-    for (const auto& [size, seconds] : SecondsBySize()) {
-        if (size * 5 < triangles && size * 20 > triangles && seconds > 0.0)
-            state.counters["growth"] = std::log(perRun / seconds) / std::log(static_cast<double>(triangles) / size);
+    std::map<int, double>& seconds = SecondsBySize(series);
+    seconds[triangles] = perRun;
+    for (const auto& [size, before] : seconds) {
+        if (size * 5 < triangles && size * 20 > triangles && before > 0.0)
+            state.counters["growth"] = std::log(perRun / before) / std::log(static_cast<double>(triangles) / size);
     }
+}
+
+void BM_BorderLoops(benchmark::State& state)
+{
+    ZrCIncrementalDelaunay2D d;
+    Grid(d, static_cast<int>(state.range(0)), 0.0f, 1.0f);
+    d.CopyFinalTriangleListToTriangleList();
+    TimeBorderLoops(state, d, 0);
+}
+
+// The same grid with a hole of one cell in every block of 3 x 3 cells: the
+// border is a ninth of the cells, so chaining it is no longer small beside
+// the pass over the triangles. The second argument 1 chains by the plain
+// rescan of the LinearScan mode, for comparison.
+void BM_HoleyBorderLoops(benchmark::State& state)
+{
+    ZrCIncrementalDelaunay2D d;
+    Grid(d, static_cast<int>(state.range(0)), 0.0f, 1.0f);
+    d.CopyFinalTriangleListToTriangleList();
+    CList<t_hdelaunaytriangle*>& triangles = d.GetTriangleList();
+    for (POSITION pos = triangles.GetHeadPosition(); pos != nullptr;) {
+        t_hdelaunaytriangle* t = triangles.GetNext(pos);
+        SSEPoint centre;
+        ZrCIncrementalDelaunay2D::ComputeCentreOfTriangle(d.GetVertex(t->Vertex[0]), d.GetVertex(t->Vertex[1]),
+                                                          d.GetVertex(t->Vertex[2]), centre);
+        t->Ignore = static_cast<int>(centre.x) % 3 == 1 && static_cast<int>(centre.y) % 3 == 1;
+    }
+    d.KillIgnoredTrianglesFromTriangleList(true);
+    const bool plain = state.range(1) == 1;
+    if (plain) d.SetSearchMode(vek::SearchMode::LinearScan);
+    TimeBorderLoops(state, d, plain ? 2 : 1);
 }
 
 void BorderSizes(benchmark::internal::Benchmark* bench)
@@ -75,6 +107,17 @@ void BorderSizes(benchmark::internal::Benchmark* bench)
     if (!vek::bench::IsSmokeRun()) bench->Arg(224); // about 100k
     const char* large = std::getenv("VEKDLL_BENCH_LARGE");
     if (large != nullptr && large[0] == '1') bench->Arg(707); // about 1M
+    bench->Unit(benchmark::kMillisecond);
+}
+
+void HoleySizes(benchmark::internal::Benchmark* bench)
+{
+    const char* large = std::getenv("VEKDLL_BENCH_LARGE");
+    for (const int plain : {0, 1}) {
+        bench->Args({71, plain});
+        if (!vek::bench::IsSmokeRun()) bench->Args({224, plain});
+        if (plain == 0 && large != nullptr && large[0] == '1') bench->Args({707, plain});
+    }
     bench->Unit(benchmark::kMillisecond);
 }
 
@@ -124,6 +167,7 @@ void BM_PatchSeam(benchmark::State& state)
 }
 
 BENCHMARK(BM_BorderLoops)->Apply(BorderSizes);
+BENCHMARK(BM_HoleyBorderLoops)->Apply(HoleySizes);
 BENCHMARK(BM_PatchSeam)->Arg(vek::bench::IsSmokeRun() ? 20 : 71)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 } // namespace

@@ -117,12 +117,28 @@ private:
             }
         }
         std::sort(touching.begin(), touching.end());
+        // Keys that are small numbers, as vertex indices are, index an array
+        // of stretches directly; others go through a hash table.
+        const std::uint64_t largest = touching.empty() ? 0 : touching.back().first;
+        Dense = largest < 8 * touching.size() + 1024;
+        if (Dense) DenseStretches.assign(static_cast<std::size_t>(largest) + 1, Stretch{0, 0});
+        else Stretches.reserve(touching.size());
         Touching.reserve(touching.size());
         for (std::size_t k = 0; k < touching.size(); ++k) {
-            if (k == 0 || touching[k].first != touching[k - 1].first) Stretches[touching[k].first] = {k, k};
-            Stretches[touching[k].first].End = k + 1;
+            if (k == 0 || touching[k].first != touching[k - 1].first) StretchFor(touching[k].first, true)->Begin = k;
+            StretchFor(touching[k].first, true)->End = k + 1;
             Touching.push_back(touching[k].second);
         }
+    }
+
+    // The stretch of `key`, made where `make` asks for it; null if there is
+    // none.
+    Stretch* StretchFor(std::uint64_t key, bool make)
+    {
+        if (Dense) return key < DenseStretches.size() ? &DenseStretches[static_cast<std::size_t>(key)] : nullptr;
+        if (make) return &Stretches[key];
+        const auto found = Stretches.find(key);
+        return found == Stretches.end() ? nullptr : &found->second;
     }
 
     // The first entry in list order, not yet taken, that touches `key`;
@@ -130,9 +146,9 @@ private:
     // passed over for good.
     int FirstLeftAt(std::uint64_t key)
     {
-        const auto found = Stretches.find(key);
-        if (found == Stretches.end()) return -1;
-        Stretch& stretch = found->second;
+        Stretch* found = StretchFor(key, false);
+        if (found == nullptr) return -1;
+        Stretch& stretch = *found;
         while (stretch.Begin < stretch.End && Entries[Touching[stretch.Begin]].Taken) ++stretch.Begin;
         for (std::size_t k = stretch.Begin; k < stretch.End; ++k) {
             if (!Entries[Touching[k]].Taken) return static_cast<int>(Touching[k]);
@@ -147,6 +163,8 @@ private:
     std::vector<Entry> Entries;          // the non-null entries in list order
     std::size_t FirstLeft = 0;           // no entry before it is left
     std::vector<std::size_t> Touching;   // entry ordinals, grouped by place
+    bool Dense = false;
+    std::vector<Stretch> DenseStretches;
     std::unordered_map<std::uint64_t, Stretch> Stretches;
 };
 
