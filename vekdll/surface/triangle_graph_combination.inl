@@ -322,12 +322,12 @@ void TriangleGraph<D, T, E>::CombineTriangulations(CSSE3dPolygon* first, CSSE3dP
         const t_PolygonsForCombineDelaunay* section = sections.GetNext(pos);
         PolygonBlend blend(*section->FirstPolygon, *section->SecondPolygon, 0.5f, false);
         if (!blend.IsValid()) continue;
-        CSSE3dPolygon ring(blend.Blend(0.8f));
-        upper.AppendPoints(ring);
-        ring = CSSE3dPolygon(blend.Blend(0.2f));
-        lower.AppendPoints(ring);
-        ring = CSSE3dPolygon(blend.Blend(0.5f));
-        CombinedMidPolygon.AppendPoints(ring);
+        CSSE3dPolygon upperPart(blend.Blend(0.8f));
+        upper.AppendPoints(upperPart);
+        CSSE3dPolygon lowerPart(blend.Blend(0.2f));
+        lower.AppendPoints(lowerPart);
+        CSSE3dPolygon midPart(blend.Blend(0.5f));
+        CombinedMidPolygon.AppendPoints(midPart);
     }
     const int longer = std::max({firstCopy.GetNumPoints(), secondCopy.GetNumPoints(), 1});
     const int step = std::max(upper.GetNumPoints() / longer - 2, 1);
