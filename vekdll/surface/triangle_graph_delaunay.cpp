@@ -8,6 +8,7 @@
 #include "vekdll/surface/triangle_graph_flips.inl"
 #include "vekdll/surface/triangle_graph_geometry.inl"
 #include "vekdll/surface/triangle_graph_links.inl"
+#include "vekdll/surface/triangle_graph_predicates.inl"
 #include "vekdll/surface/triangle_graph_records.inl"
 #include "vekdll/surface/triangle_graph_removal.inl"
 #include "vekdll/surface/triangle_graph_search.inl"
