@@ -3,6 +3,7 @@
 // of three bands.
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <vector>
 
@@ -347,6 +348,9 @@ void TriangleGraph<D, T, E>::CombineTriangulations(CSSE3dPolygon* first, CSSE3dP
         }
         return indices;
     };
+    // Each zipper finds the border's points among the vertices by their
+    // place, and is handed the indices of the ring's new vertices, in ring
+    // order, which it turns with the ring.
     std::vector<int> upperIndices = ringOfVertices(upper, UpperRingStart, UpperRingCount);
     if (upper.GetNumPoints() >= secondCopy.GetNumPoints())
         BildNewTriangulationsWithTwoPolygon(&secondCopy, &upper, triangles, &SeamTrianglesSecond, upperIndices.data(),
@@ -445,10 +449,11 @@ template <class IndexA, class IndexB, class Lay>
 void TriangleGraph<D, T, E>::LaySpan(int s, int e, int i, IndexA A, IndexB B, Lay lay)
 {
     int split = s;
-    if (e - s >= 2) {
+    if (e - s >= 2 && B(i) >= 0 && B(i + 1) >= 0) {
         const SSEPoint middle = detail::MidPoint(Vertices[B(i)], Vertices[B(i + 1)]);
-        float best = CSSEFns::euclideansqr(Vertices[A(s)].sse, middle.sse);
-        for (int k = s + 1; k <= e; ++k) {
+        float best = HUGE_VALF;
+        for (int k = s; k <= e; ++k) {
+            if (A(k) < 0) continue; // a point that is no vertex makes no triangle
             const float d = CSSEFns::euclideansqr(Vertices[A(k)].sse, middle.sse);
             if (d < best) {
                 best = d;
