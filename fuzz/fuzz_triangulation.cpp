@@ -10,7 +10,9 @@
 // against integer arithmetic in the tests). On the lattice,
 // the sound input that rasters give, the indexed search must build exactly
 // the lists of the walk; on every form each link of the result must lead to
-// a listed triangle. A difference aborts the run.
+// a listed triangle. The border loops of a triangulation with holes must be
+// chained through the vertex index as the rescan chains them. A difference
+// aborts the run.
 
 #include <cmath>
 #include <cstddef>
@@ -18,6 +20,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fuzz_coordinates.h"
@@ -153,6 +156,36 @@ void ExactDelaunay(const std::vector<SSEPoint>& points, bool addCorners)
     }
 }
 
+// The border loops of a triangulation of the points with every third
+// triangle taken out, chained in the given search mode.
+std::vector<std::vector<std::pair<int, int>>> BorderLoops(const std::vector<SSEPoint>& points, bool addCorners,
+                                                          vek::SearchMode mode)
+{
+    const int n = static_cast<int>(points.size());
+    ZrCIncrementalDelaunay2D surface(n + 8);
+    for (const SSEPoint& p : points) surface.AppendVertex(p);
+    surface.Triangulate(surface.GetNumVertices(), false, addCorners);
+    int k = 0;
+    CList<t_hdelaunaytriangle*>& triangles = surface.GetTriangleList();
+    for (POSITION pos = triangles.GetHeadPosition(); pos != nullptr;) triangles.GetNext(pos)->Ignore = k++ % 3 == 1;
+    surface.KillIgnoredTrianglesFromTriangleList(true);
+    surface.SetSearchMode(mode);
+    CList<CList<t_hdelaunayedge*>*> lists;
+    surface.FindAllBorderEdgeLists(&lists);
+    std::vector<std::vector<std::pair<int, int>>> loops;
+    while (!lists.IsEmpty()) {
+        CList<t_hdelaunayedge*>* list = lists.RemoveHead();
+        loops.emplace_back();
+        for (POSITION pos = list->GetHeadPosition(); pos != nullptr;) {
+            const t_hdelaunayedge* edge = list->GetNext(pos);
+            loops.back().emplace_back(edge->Vertex[0], edge->Vertex[1]);
+        }
+        ZrCIncrementalDelaunay2D::ClearEdgeList(list);
+        delete list;
+    }
+    return loops;
+}
+
 CSSE3dPolygon Polygon(const std::vector<SSEPoint>& points)
 {
     CSSE3dPolygon polygon;
@@ -174,7 +207,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size < 2) return 0;
-    const int algorithm = data[0] % 6;
+    const int algorithm = data[0] % 7;
     const Form form = static_cast<Form>((data[1] & 0x7F) % 3);
     const bool flag = (data[1] & 0x80) != 0;
     data += 2;
@@ -204,6 +237,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             hull.ObtainConvexHull2D(&outline);
             break;
         }
+        case 6:
+            // The chains through the vertex index must be those of the rescan.
+            if (BorderLoops(points, flag, vek::SearchMode::Indexed) != BorderLoops(points, flag, vek::SearchMode::LinearScan))
+                __builtin_trap();
+            break;
         default: {
             CHConvexHull3D hull;
             for (const SSEPoint& p : points) hull.AppendVertex3D(p.x, p.y, p.z, 1.0f);

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -42,18 +44,6 @@ std::vector<t_hdelaunaytriangle*> SquareOfFour(ZrCIncrementalDelaunay2D& d, floa
     Link(fan);
     return fan;
 }
-
-struct EdgeLists {
-    CList<CList<Edge*>*> lists;
-    ~EdgeLists()
-    {
-        while (!lists.IsEmpty()) {
-            CList<Edge*>* list = lists.RemoveHead();
-            ZrCIncrementalDelaunay2D::ClearEdgeList(list);
-            delete list;
-        }
-    }
-};
 
 TEST(BorderLoops, OneTriangleClosesOnItselfInSideOrder)
 {
@@ -195,6 +185,64 @@ TEST(BorderLoops, ThePieceWithMostTrianglesGivesTheBorderAndWhatItReached)
     EXPECT_EQ(Corners(Triangles(reached)), (std::set<int>{0, 1, 2, 3, 4}));
     for (t_hdelaunaytriangle* t : Triangles(d.GetTriangleList())) EXPECT_EQ(t->SortIndex, -1);
     ZrCIncrementalDelaunay2D::ClearEdgeList(&edges1);
+}
+
+// A 10 x 10 grid at height z with a random share of its triangles taken out,
+// as a sheet of this object's vertices from vertex `first` on: holes, bow
+// ties at shared vertices, stray islands and runs with open ends.
+void HoleySheet(ZrCIncrementalDelaunay2D& d, std::uint32_t seed, float z)
+{
+    const int first = d.GetNumVertices();
+    for (int y = 0; y <= 10; ++y)
+        for (int x = 0; x <= 10; ++x) d.AppendVertex(P(static_cast<float>(x), static_cast<float>(y), z));
+    std::mt19937 engine{seed};
+    std::vector<t_hdelaunaytriangle*> sheet;
+    for (int y = 0; y < 10; ++y) {
+        for (int x = 0; x < 10; ++x) {
+            const int v = first + y * 11 + x;
+            sheet.push_back(AddTriangle(d, v, v + 1, v + 12));
+            sheet.push_back(AddTriangle(d, v, v + 12, v + 11));
+        }
+    }
+    Link(sheet);
+    for (t_hdelaunaytriangle* t : sheet) t->Ignore = engine() % 100 < 35;
+    d.KillIgnoredTrianglesFromTriangleList(true);
+}
+
+std::vector<EdgePairs> AllLoops(ZrCIncrementalDelaunay2D& d)
+{
+    EdgeLists loops;
+    d.FindAllBorderEdgeLists(&loops.lists);
+    std::vector<EdgePairs> all;
+    for (POSITION pos = loops.lists.GetHeadPosition(); pos != nullptr;) all.push_back(PairsOf(*loops.lists.GetNext(pos)));
+    return all;
+}
+
+TEST(BorderLoops, ChainingThroughTheVertexIndexGivesTheRescansChainsInTheSameOrder)
+{
+    for (std::uint32_t seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE(seed);
+        ZrCIncrementalDelaunay2D indexed(300), plain(300);
+        plain.SetSearchMode(SearchMode::LinearScan);
+        for (ZrCIncrementalDelaunay2D* d : {&indexed, &plain}) {
+            HoleySheet(*d, seed, 0.0f);
+            d->SetOtherVertexStart(d->GetNumVertices());
+            // The second sheet, over the same places and with holes of its
+            // own, is chained by position.
+            HoleySheet(*d, seed / 2 + 7, 5.0f);
+        }
+        const std::vector<EdgePairs> loops = AllLoops(indexed);
+        EXPECT_EQ(loops, AllLoops(plain));
+        std::size_t edges = 0;
+        for (const EdgePairs& loop : loops) edges += loop.size();
+        EXPECT_EQ(edges, static_cast<std::size_t>(OpenSides(Triangles(indexed.GetTriangleList()))));
+
+        indexed.GetBorderOfCombinedTriangulationApdated();
+        plain.GetBorderOfCombinedTriangulationApdated();
+        EXPECT_EQ(PairsOf(indexed.GetOrderedBorderFirst()), PairsOf(plain.GetOrderedBorderFirst()));
+        EXPECT_EQ(PairsOf(indexed.GetOrderedBorderSecond()), PairsOf(plain.GetOrderedBorderSecond()));
+        EXPECT_EQ(PairsOf(indexed.GetBorderEdgesSecond()), PairsOf(plain.GetBorderEdgesSecond()));
+    }
 }
 
 TEST(BorderLoops, FloodFromAnEdgeSignsEveryConnectedTriangleOnce)

@@ -107,6 +107,19 @@ inline int OpenSides(const std::vector<t_hdelaunaytriangle*>& triangles)
     return open;
 }
 
+// Lists of border edges that free their edges and themselves.
+struct EdgeLists {
+    CList<CList<t_hdelaunayedge*>*> lists;
+    ~EdgeLists()
+    {
+        while (!lists.IsEmpty()) {
+            CList<t_hdelaunayedge*>* list = lists.RemoveHead();
+            ZrCIncrementalDelaunay2D::ClearEdgeList(list);
+            delete list;
+        }
+    }
+};
+
 // The corners and the neighbour slots (as list positions, -1 for none) of
 // every triangle in list order: equal for two lists only if both hold the
 // same triangles in the same order with the same links.

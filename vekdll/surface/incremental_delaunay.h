@@ -253,17 +253,10 @@ protected:
     CList<t_hdelaunayedge*> EdgeList{10};
     CList<t_hdelaunayedge*> EdgeForMergeList{10};
     CList<t_hdelaunayedge*> BorderEdgeList{10};
-    CList<t_hdelaunayedge*> OutsideEdgeListFirst{10};
-    CList<t_hdelaunayedge*> OutsideEdgeListSecond{10};
-    CList<t_hdelaunayedge*> CombinedEdgeListFirst{10};
-    CList<t_hdelaunayedge*> CombinedEdgeListSecond{10};
-    CList<t_hdelaunaytriangle*> CombineTriangleListFirst{10};
-    CList<t_hdelaunaytriangle*> CombineTriangleListSecond{10};
-    CSSE3dPolygon CombinePolygon;
+    // The open edges, border chains, seam lists, middle ring and vertex
+    // boundary of a combination belong to the graph (OtherVertexStart and
+    // what follows it there).
     bool Finalized = false;
-    bool FirstPolygonOpen = false;
-    bool SecondPolygonOpen = false;
-    int FirstVertexCount = 0;
     // Units per raster cell of the scan conversion; one unit per cell until
     // the caller sets them.
     float ScanResolutionX = 1.0f;

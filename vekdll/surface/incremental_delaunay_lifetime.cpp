@@ -16,17 +16,15 @@ ZrCIncrementalDelaunay2D::ZrCIncrementalDelaunay2D(int numVertices) : Base(numVe
     AllocatePointBlock();
 }
 
-// The edge records of EdgeList and the other edge lists stay with whoever
-// filled them and are freed by ClearEdgeList; only the two lists of a
-// combination are emptied here.
+// The edge records of EdgeList and the other edge lists of this class stay
+// with whoever filled them and are freed by ClearEdgeList; those of a
+// combination's border chains go with the graph.
 ZrCIncrementalDelaunay2D::~ZrCIncrementalDelaunay2D()
 {
     ReleaseRetiredTriangles();
     ClearFinalTriangleList();
     ClearTriangleList();
     AffectedTriangleList.RemoveAll();
-    ClearEdgeList(&CombinedEdgeListFirst);
-    ClearEdgeList(&CombinedEdgeListSecond);
     SafeAlignedFree(MinPoint);
     ClearTriangleCenters();
     ClearTriangleNormals();

@@ -1,4 +1,4 @@
-// Pairing two facing lines point by point, on one worker thread per line,
+// Pairing two facing lines place by place, on one worker thread per line,
 // and the lines in between.
 
 #include "vekdll/surface/polygon_blend.h"
@@ -26,6 +26,16 @@ SSEPoint Between(const SSEPoint& a, const SSEPoint& b, float t)
     return p;
 }
 
+// The place on segment a-b nearest to p.
+SSEPoint NearestOnSegment(const SSEPoint& a, const SSEPoint& b, const SSEPoint& p)
+{
+    const __m128 ab = _mm_sub_ps(b.sse, a.sse);
+    const float length2 = CSSEFns::scalarproduct(ab, ab);
+    if (!(length2 > 0.0f)) return a;
+    const float t = CSSEFns::scalarproduct(_mm_sub_ps(p.sse, a.sse), ab) / length2;
+    return Between(a, b, std::clamp(t, 0.0f, 1.0f));
+}
+
 // One worker's record: what it pairs, where it writes, and the event it
 // signals when done.
 struct PairingJob {
@@ -33,6 +43,7 @@ struct PairingJob {
     const CSSE3dPolygon* To;
     float Step;
     bool Closed;
+    std::vector<SSEPoint>* Places;
     std::vector<SSEPoint>* Partners;
     CEvent Done;
 };
@@ -43,13 +54,13 @@ PolygonBlend::PolygonBlend(const CSSE3dPolygon& first, const CSSE3dPolygon& seco
     : First(first), Second(second), Fraction(fraction), Closed(closed)
 {
     if (First.GetNumPoints() < 3 || Second.GetNumPoints() < 3) return;
-    PairingJob jobs[2] = {{&First, &Second, Step, Closed, &FirstPartners, CEvent(false)},
-                          {&Second, &First, Step, Closed, &SecondPartners, CEvent(false)}};
+    PairingJob jobs[2] = {{&First, &Second, Step, Closed, &FirstPlaces, &FirstPartners, CEvent(false)},
+                          {&Second, &First, Step, Closed, &SecondPlaces, &SecondPartners, CEvent(false)}};
     std::thread workers[2];
     for (int k = 0; k < 2; ++k) {
         jobs[k].Done.ResetEvent();
         workers[k] = std::thread([&job = jobs[k]] {
-            PairPoints(*job.From, *job.To, job.Step, job.Closed, *job.Partners);
+            PairPlaces(*job.From, *job.To, job.Step, job.Closed, *job.Places, *job.Partners);
             job.Done.SetEvent();
         });
     }
@@ -60,31 +71,43 @@ PolygonBlend::PolygonBlend(const CSSE3dPolygon& first, const CSSE3dPolygon& seco
     Valid = true;
 }
 
-void PolygonBlend::PairPoints(const CSSE3dPolygon& from, const CSSE3dPolygon& to, float step, bool closed,
-                              std::vector<SSEPoint>& partners)
+void PolygonBlend::PairPlaces(const CSSE3dPolygon& from, const CSSE3dPolygon& to, float step, bool closed,
+                              std::vector<SSEPoint>& places, std::vector<SSEPoint>& partners)
 {
     const int n = from.GetNumPoints();
-    partners.resize(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) partners[static_cast<std::size_t>(i)] = NearestPlaceOnLine(to, PointOf(from, i), step, closed);
+    const int segments = closed ? n : n - 1;
+    places.clear();
+    // Places at equal steps of arc length: a stretch of short segments, a
+    // notch or a cluster of points, weighs no more than its length.
+    double reached = 0.0;
+    long taken = 0;
+    for (int s = 0; s < segments; ++s) {
+        const SSEPoint a = PointOf(from, s);
+        const SSEPoint b = PointOf(from, (s + 1) % n);
+        const double length = CSSEFns::euclideandistance(a.sse, b.sse);
+        for (double next = static_cast<double>(taken) * step; next < reached + length; next = static_cast<double>(taken) * step) {
+            places.push_back(Between(a, b, static_cast<float>((next - reached) / length)));
+            ++taken;
+        }
+        reached += length;
+    }
+    if (!closed || places.empty()) places.push_back(PointOf(from, closed ? 0 : n - 1));
+    partners.resize(places.size());
+    for (std::size_t i = 0; i < places.size(); ++i) partners[i] = NearestPlaceOnLine(to, places[i], closed);
 }
 
-SSEPoint PolygonBlend::NearestPlaceOnLine(const CSSE3dPolygon& line, const SSEPoint& p, float step, bool closed)
+SSEPoint PolygonBlend::NearestPlaceOnLine(const CSSE3dPolygon& line, const SSEPoint& p, bool closed)
 {
     const int n = line.GetNumPoints();
     SSEPoint best = PointOf(line, 0);
     float bestDistance = CSSEFns::euclideansqr(best.sse, p.sse);
     const int segments = closed ? n : n - 1;
-    const int samples = std::max(1, static_cast<int>(1.0f / step + 0.5f));
     for (int s = 0; s < segments; ++s) {
-        const SSEPoint a = PointOf(line, s);
-        const SSEPoint b = PointOf(line, (s + 1) % n);
-        for (int k = 1; k <= samples; ++k) {
-            const SSEPoint q = Between(a, b, static_cast<float>(k) / static_cast<float>(samples));
-            const float d = CSSEFns::euclideansqr(q.sse, p.sse);
-            if (d < bestDistance) {
-                bestDistance = d;
-                best = q;
-            }
+        const SSEPoint q = NearestOnSegment(PointOf(line, s), PointOf(line, (s + 1) % n), p);
+        const float d = CSSEFns::euclideansqr(q.sse, p.sse);
+        if (d < bestDistance) {
+            bestDistance = d;
+            best = q;
         }
     }
     return best;
@@ -99,24 +122,19 @@ float PolygonBlend::LineLength(const CSSE3dPolygon& line, bool closed)
     return length;
 }
 
-// The longer line is walked: each of its points and its partner on the
-// other line span the way from the first line to the second, and the
-// fraction is taken along it. When the second line is the longer one the
-// roles change, and the fraction is counted from the second line's side as
-// 1 - f.
 const CSSE3dPolygon& PolygonBlend::Blend(float fraction)
 {
     Result.Free();
     if (!Valid) return Result;
     const float f = std::clamp(fraction, 0.0f, 1.0f);
     const bool walkSecond = LineLength(Second, Closed) > LineLength(First, Closed);
-    const CSSE3dPolygon& walked = walkSecond ? Second : First;
+    const std::vector<SSEPoint>& places = walkSecond ? SecondPlaces : FirstPlaces;
     const std::vector<SSEPoint>& partners = walkSecond ? SecondPartners : FirstPartners;
     const float along = walkSecond ? 1.0f - f : f;
-    const int n = walked.GetNumPoints();
+    const int n = static_cast<int>(places.size());
     Result.Create(n);
     for (int i = 0; i < n; ++i) {
-        SSEPoint p = Between(PointOf(walked, i), partners[static_cast<std::size_t>(i)], along);
+        SSEPoint p = Between(places[static_cast<std::size_t>(i)], partners[static_cast<std::size_t>(i)], along);
         Result.SetPointSSE(i, p);
     }
     return Result;

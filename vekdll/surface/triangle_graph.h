@@ -228,9 +228,15 @@ public:
     // Replaces this surface by `second` and `first` closed along their
     // common outline into one skin. The third argument is not read.
     void CombineTriangulationsMidPoint(Derived& first, Derived& second, bool, bool finalize);
-    // Lays `other` into this surface: clears room for it, copies it in and
-    // stitches the opening's rim to its rim.
+    // Lays `other` into this surface: clears room for it, copies it in,
+    // stitches the opening's rim to its rim and peels away every triangle
+    // with an open side. Made for a skin closed but for the opening that
+    // `other` covers; the peel leaves nothing of a surface with an open
+    // outer rim (see the definition).
     void InsertTriangulationAndCombine(Derived& other, CSSEMatrix* matrix, bool flag);
+    // Links the triangles of a new seam with each other and with the
+    // triangles behind the edges of its two rims.
+    void LinkSeamToRims(TriangleListType& seam, EdgeListType& rim1, EdgeListType& rim2);
     // Builds the seam between two border polygons whose points are vertices
     // of this object (their indices in the two arrays): two zippers from
     // the borders to rings at 0.2 and 0.8 of the way, and the middle ring
@@ -347,20 +353,32 @@ protected:
 
     // ---- helpers of the joining and the clearing
     Triangle* NewSeamTriangle(int a, int b, int c);
-    int NewestVertexAt(const SSEPoint& p) const;
+    // Lays the triangles between side i of a zipper's line b and the
+    // stretch s .. e of its line a; A and B give the vertex of a point.
+    template <class IndexA, class IndexB, class Lay>
+    void LaySpan(int s, int e, int i, IndexA A, IndexB B, Lay lay);
     // AppendVertex after growing the store by one where it is full; the
     // new vertex's index.
     int AppendVertexGrowing(const SSEPoint& point);
     static void LinkAmong(const std::vector<Triangle*>& triangles);
     void LayRimStep(int a, int b, int c, int d, int s, int e, bool wide, std::vector<Triangle*>& made);
     static void LinkToRim(const Edge* edge, const std::vector<Triangle*>& made);
-    void TakeOpeningAround(const CSSE3dPolygon& rim, EdgeListType* edges1);
     static std::vector<Triangle*> TrianglesAroundVertex(Triangle* triangle, int vertex);
     bool MoveVertexIfNoFold(Triangle* triangle, int vertex, const SSEPoint& place);
     bool MoveCornerOffRim(Triangle* triangle, int k, int f, int farIndex, CSSE3dPolygon& rim, bool fromFar);
     // The clearing that CheckTrianglesForDelete and CheckAndGetBorder...
     // share, over the triangles of `list` and the resampled rim.
     void ClearSeamArea(TriangleListType& list, CSSE3dPolygon& rim, bool fromFar);
+    // Frees, among `rimTriangles` and the neighbours their freeing exposes,
+    // every triangle with an open side that reaches into the clearance of
+    // `rim`, and every one left with two or three open sides.
+    void PeelOpeningRim(TriangleListType& rimTriangles, const CSSE3dPolygon& rim);
+
+    // Chainers of border edges (border_chaining.h) that compare vertices
+    // by index or by place in x-y; they rescan the list as the plain rule
+    // reads in the LinearScan search mode.
+    auto ChainerByIndex(EdgeListType& from);
+    auto ChainerByPlace(EdgeListType& from);
 
     // Chains every loop of `open` (emptying it) and moves the chosen one to
     // `result`; see GetBorderOfCombinedTriangulationApdated.

@@ -6,44 +6,30 @@
 #include <vector>
 
 #include "vekdll/foundation/safe_alloc.h"
+#include "vekdll/surface/border_chaining.h"
 #include "vekdll/surface/triangle_graph.h"
 
 namespace vek::detail {
-
-// Lets `chain` grow at its end from the edges of `from`: the first entry of
-// `from` that starts where the chain ends continues it, or else the first
-// that ends there, turned round. The scan starts again at the head after
-// every hit, so of two continuations at a branching vertex the one nearer
-// the head wins. An empty chain takes the first entry. Taken edges leave
-// `from`; the chain stops where nothing continues it.
-template <class Edge, class SameVertex>
-void GrowChain(CList<Edge*>& from, CList<Edge*>& chain, SameVertex same)
-{
-    for (;;) {
-        Edge* last = chain.IsEmpty() ? nullptr : chain.GetTail();
-        POSITION taken = nullptr;
-        for (POSITION pos = from.GetHeadPosition(); pos != nullptr && taken == nullptr;) {
-            const POSITION current = pos;
-            Edge* edge = from.GetNext(pos);
-            if (edge == nullptr) continue;
-            if (last == nullptr || same(edge->Vertex[0], last->Vertex[1])) {
-                taken = current;
-            } else if (same(edge->Vertex[1], last->Vertex[1])) {
-                std::swap(edge->Vertex[0], edge->Vertex[1]);
-                taken = current;
-            }
-        }
-        if (taken == nullptr) return;
-        chain.AddTail(from.GetAt(taken));
-        from.RemoveAt(taken);
-    }
-}
 
 inline bool SameIndex(int a, int b) { return a == b; }
 
 } // namespace vek::detail
 
 namespace vek {
+
+template <class D, class T, class E>
+auto TriangleGraph<D, T, E>::ChainerByIndex(EdgeListType& from)
+{
+    return detail::EdgeChainer(from, detail::SameIndex, detail::IndexKey, GetSearchMode() == SearchMode::Indexed);
+}
+
+template <class D, class T, class E>
+auto TriangleGraph<D, T, E>::ChainerByPlace(EdgeListType& from)
+{
+    const auto same = [this](int a, int b) { return Self().CompareVertexXY(a, b) == 1; };
+    const auto keyOf = [this](int v) { return detail::PlaceKey(Vertices[v].x, Vertices[v].y); };
+    return detail::EdgeChainer(from, same, keyOf, GetSearchMode() == SearchMode::Indexed);
+}
 
 // A triangle with one or two open sides lies on the border; with none it is
 // inside, and with three it stands alone, and neither keeps the flag.
@@ -87,9 +73,10 @@ void TriangleGraph<D, T, E>::FindAllBorderEdgeLists(CList<EdgeListType*>* lists)
     Self().LeaveFinalizedState();
     EdgeListType open;
     CollectOpenEdges(TriangleList, open, true);
+    auto chainer = ChainerByIndex(open);
     while (!open.IsEmpty()) {
         auto* chain = new EdgeListType(10);
-        detail::GrowChain(open, *chain, detail::SameIndex);
+        chainer.Grow(*chain);
         lists->AddTail(chain);
     }
 }
@@ -104,7 +91,7 @@ void TriangleGraph<D, T, E>::GetBorderOfCombinedTriangulationApdated()
     FindOutsideEdgesOfBorderTriang();
     ClearEdgeList(&OrderedBorderFirst);
     ClearEdgeList(&OrderedBorderSecond);
-    detail::GrowChain(BorderEdgesFirst, OrderedBorderFirst, detail::SameIndex);
+    ChainerByIndex(BorderEdgesFirst).Grow(OrderedBorderFirst);
     if (OrderedBorderFirst.IsEmpty()) return;
     const auto samePlace = [this](int a, int b) { return Self().CompareVertexXY(a, b) == 1; };
     const E* start = OrderedBorderFirst.GetHead();
@@ -118,7 +105,7 @@ void TriangleGraph<D, T, E>::GetBorderOfCombinedTriangulationApdated()
         if (!along) std::swap(edge->Vertex[0], edge->Vertex[1]);
         OrderedBorderSecond.AddTail(edge);
         BorderEdgesSecond.RemoveAt(current);
-        detail::GrowChain(BorderEdgesSecond, OrderedBorderSecond, samePlace);
+        ChainerByPlace(BorderEdgesSecond).Grow(OrderedBorderSecond);
         return;
     }
 }
@@ -161,9 +148,10 @@ template <class D, class T, class E>
 void TriangleGraph<D, T, E>::ChooseBorderLoop(EdgeListType& open, EdgeListType* result, TriangleListType* triangles)
 {
     std::vector<EdgeListType*> loops;
+    auto chainer = ChainerByIndex(open);
     while (!open.IsEmpty()) {
         loops.push_back(new EdgeListType(10));
-        detail::GrowChain(open, *loops.back(), detail::SameIndex);
+        chainer.Grow(*loops.back());
     }
     if (loops.empty()) return;
     if (loops.size() == 1) {
@@ -278,7 +266,7 @@ void TriangleGraph<D, T, E>::BuildBorderPolygonForTriang(CSSE3dPolygon& polygon)
     EdgeListType open;
     EdgeListType loop;
     CollectOpenEdges(TriangleList, open, true);
-    detail::GrowChain(open, loop, detail::SameIndex);
+    ChainerByIndex(open).Grow(loop);
     BuildPolygonFromEdgeList(&loop, polygon, nullptr);
     Self().ReturnToFinalizedState(wasFinalized);
     ClearEdgeList(&open);

@@ -3,6 +3,7 @@
 // of three bands.
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <vector>
 
@@ -50,18 +51,6 @@ T* TriangleGraph<D, T, E>::NewSeamTriangle(int a, int b, int c)
     if constexpr (requires { triangle->SortIndex; }) triangle->SortIndex = -1;
     RefreshCircle(triangle);
     return triangle;
-}
-
-// The last vertex at p in x, y and z, or -1. A rim's vertices are the
-// newest at their place: vertices of triangles that a clearing took away
-// stay in the store and may sit at the same place before them.
-template <class D, class T, class E>
-int TriangleGraph<D, T, E>::NewestVertexAt(const SSEPoint& p) const
-{
-    for (int i = NumVertices - 1; i >= 0; --i) {
-        if (Vertices[i].x == p.x && Vertices[i].y == p.y && Vertices[i].z == p.z) return i;
-    }
-    return -1;
 }
 
 template <class D, class T, class E>
@@ -223,6 +212,12 @@ void TriangleGraph<D, T, E>::CombineTriangulationsMidPoint(D& first, D& second, 
         pending = e;
         std::vector<T*> made;
         LayRimStep(a, b, c, d, s, e, gapStart >= wideGap && gapEnd >= wideGap, made);
+        // Every link goes into the slot across the side that carries the
+        // two shared vertices, not into a triangle's first free slot: the
+        // corner lists of the steps put the rim's side, and the sides shared
+        // with the step before, in any slot, and a link in the first free
+        // one would stand across the wrong side. The turn of a triangle
+        // below swaps its slots with its corners, so the links stay true.
         LinkToRim(upper, made);
         LinkToRim(lower, made);
         std::vector<T*> around(made);
@@ -247,43 +242,13 @@ void TriangleGraph<D, T, E>::CombineTriangulationsMidPoint(D& first, D& second, 
     Self().ReturnToFinalizedState(finalize);
 }
 
-// The loops of the first half are chained anew, and of those that hold the
-// first point of `rim` in their inner area the one of least area is moved
-// to `edges1`: the opening that the patch lies in, which the count of the
-// loops would pass over for the surface's outer border.
-template <class D, class T, class E>
-void TriangleGraph<D, T, E>::TakeOpeningAround(const CSSE3dPolygon& rim, EdgeListType* edges1)
-{
-    if (rim.GetNumPoints() < 1) return;
-    SSEPoint inside = detail::PolygonPoint(rim, 0);
-    FindOutsideEdgesOfBorderTriang();
-    std::vector<EdgeListType*> loops;
-    while (!BorderEdgesFirst.IsEmpty()) {
-        loops.push_back(new EdgeListType(10));
-        detail::GrowChain(BorderEdgesFirst, *loops.back(), detail::SameIndex);
-    }
-    EdgeListType* opening = nullptr;
-    float openingArea = 0.0f;
-    for (EdgeListType* loop : loops) {
-        CSSE3dPolygon outline;
-        BuildPolygonFromEdgeList(loop, outline, *this);
-        const float area = std::fabs(outline.CalcXYArea());
-        if (outline.GetNumPoints() < 3 || !outline.PointInLineInnerArea(inside, 1)) continue;
-        if (opening == nullptr || area < openingArea) {
-            opening = loop;
-            openingArea = area;
-        }
-    }
-    if (opening != nullptr) {
-        ClearEdgeList(edges1);
-        CopyEdgeListInList(opening, edges1);
-    }
-    for (EdgeListType* loop : loops) {
-        ClearEdgeList(loop);
-        delete loop;
-    }
-}
-
+// The patch is stitched into the opening that the clearing leaves, and at
+// the end every triangle with an open side is peeled away, layer by layer,
+// until only closed parts are left. So the operation is made for a skin
+// that is closed but for the opening the patch covers: what it gives back
+// is that skin with the patch sewn in. On a surface with an outer rim of
+// its own the peel takes everything, and a caller who wants the open
+// surface stitched runs the steps itself, up to CombineMergeTriangulations.
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::InsertTriangulationAndCombine(D& other, CSSEMatrix* matrix, bool flag)
 {
@@ -305,31 +270,35 @@ void TriangleGraph<D, T, E>::InsertTriangulationAndCombine(D& other, CSSEMatrix*
     triangles.RemoveAll();
     GetBorderOfCombinedTriangulationApdated(&edges1, &edges2, &triangles);
 
-    CSSE3dPolygon second;
-    std::vector<int> secondIndices(static_cast<std::size_t>(edges2.GetCount()) + 1);
-    BuildPolygonFromEdgeList(&edges2, second, secondIndices.data());
-    TakeOpeningAround(second, &edges1);
     CSSE3dPolygon first;
+    CSSE3dPolygon second;
     std::vector<int> firstIndices(static_cast<std::size_t>(edges1.GetCount()) + 1);
+    std::vector<int> secondIndices(static_cast<std::size_t>(edges2.GetCount()) + 1);
     BuildPolygonFromEdgeList(&edges1, first, firstIndices.data());
-
+    BuildPolygonFromEdgeList(&edges2, second, secondIndices.data());
     CombineTriangulations(&first, &second, &triangles, matrix, firstIndices.data(), secondIndices.data());
-    // The seam's triangles are linked with each other and with the
-    // triangles on both rims.
+    LinkSeamToRims(triangles, edges1, edges2);
+    CombineMergeTriangulations();
+    DeleteAllTrianglesWithNULLNeighbour();
+    ClearEdgeList(&edges1);
+    ClearEdgeList(&edges2);
+    Self().ReturnToFinalizedState(wasFinalized);
+}
+
+// The seam's triangles are linked with each other and with the triangles
+// that own the edges of both rims: the rims' open sides are what the seam
+// closes.
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::LinkSeamToRims(TriangleListType& seam, EdgeListType& rim1, EdgeListType& rim2)
+{
     std::vector<T*> linked;
-    for (POSITION pos = triangles.GetHeadPosition(); pos != nullptr;) linked.push_back(triangles.GetNext(pos));
-    for (EdgeListType* rim : {&edges1, &edges2}) {
+    for (POSITION pos = seam.GetHeadPosition(); pos != nullptr;) linked.push_back(seam.GetNext(pos));
+    for (EdgeListType* rim : {&rim1, &rim2}) {
         for (POSITION pos = rim->GetHeadPosition(); pos != nullptr;) {
             if (const E* edge = rim->GetNext(pos)) linked.push_back(edge->Triangle);
         }
     }
     LinkAmong(linked);
-    CombineMergeTriangulations();
-    // A seam triangle that found no neighbour at all lies across nothing.
-    DeleteTrianglesWithoutNeighbours();
-    ClearEdgeList(&edges1);
-    ClearEdgeList(&edges2);
-    Self().ReturnToFinalizedState(wasFinalized);
 }
 
 template <class D, class T, class E>
@@ -354,12 +323,12 @@ void TriangleGraph<D, T, E>::CombineTriangulations(CSSE3dPolygon* first, CSSE3dP
         const t_PolygonsForCombineDelaunay* section = sections.GetNext(pos);
         PolygonBlend blend(*section->FirstPolygon, *section->SecondPolygon, 0.5f, false);
         if (!blend.IsValid()) continue;
-        CSSE3dPolygon ring(blend.Blend(0.8f));
-        upper.AppendPoints(ring);
-        ring = CSSE3dPolygon(blend.Blend(0.2f));
-        lower.AppendPoints(ring);
-        ring = CSSE3dPolygon(blend.Blend(0.5f));
-        CombinedMidPolygon.AppendPoints(ring);
+        CSSE3dPolygon upperPart(blend.Blend(0.8f));
+        upper.AppendPoints(upperPart);
+        CSSE3dPolygon lowerPart(blend.Blend(0.2f));
+        lower.AppendPoints(lowerPart);
+        CSSE3dPolygon midPart(blend.Blend(0.5f));
+        CombinedMidPolygon.AppendPoints(midPart);
     }
     const int longer = std::max({firstCopy.GetNumPoints(), secondCopy.GetNumPoints(), 1});
     const int step = std::max(upper.GetNumPoints() / longer - 2, 1);
@@ -379,6 +348,9 @@ void TriangleGraph<D, T, E>::CombineTriangulations(CSSE3dPolygon* first, CSSE3dP
         }
         return indices;
     };
+    // Each zipper finds the border's points among the vertices by their
+    // place, and is handed the indices of the ring's new vertices, in ring
+    // order, which it turns with the ring.
     std::vector<int> upperIndices = ringOfVertices(upper, UpperRingStart, UpperRingCount);
     if (upper.GetNumPoints() >= secondCopy.GetNumPoints())
         BildNewTriangulationsWithTwoPolygon(&secondCopy, &upper, triangles, &SeamTrianglesSecond, upperIndices.data(),
@@ -391,10 +363,12 @@ void TriangleGraph<D, T, E>::CombineTriangulations(CSSE3dPolygon* first, CSSE3dP
     Self().ReturnToFinalizedState(wasFinalized);
 }
 
-// The zipper walks both closed lines from their matched starts and lays
-// one triangle at a time, on a side of `a` or a side of `b`, whichever
-// leaves the shorter new diagonal; so every side of both lines gets exactly
-// one triangle and the band between them is closed without a gap.
+// The zipper walks the points of `b` and gives each side of `b` the
+// stretch of `a` that lies across from it: the stretch ends at the point of
+// `a` that GetClosedPointSafe finds for the side's end, searched forward
+// from where the last stretch ended, and the last side of `b` takes what is
+// left of `a` back to its start. Every side of both lines thus gets exactly
+// one triangle, and the band between them closes without a gap.
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::BildNewTriangulationsWithTwoPolygon(CSSE3dPolygon* a, CSSE3dPolygon* b,
                                                                  TriangleListType* triangles,
@@ -407,14 +381,35 @@ void TriangleGraph<D, T, E>::BildNewTriangulationsWithTwoPolygon(CSSE3dPolygon* 
     const int nb = b->GetNumPoints();
     if (na < 2 || nb < 2) return;
     FindClosedPolygonSafe(*a, *b, indices);
+    // `a` is walked from its point nearest the start of `b`.
+    CSSE3dPolygon along(*a);
+    SSEPoint bStart = detail::PolygonPoint(*b, 0);
+    const int aStart = along.ClosestPoint(bStart);
+    if (aStart > 0) along.ChangeStartPoint(aStart, nullptr);
+    CSSE3dPolygon fine(along);
+    std::vector<int> map(static_cast<std::size_t>(na));
+    fine.ReParametrize(0.2f, map.data());
+    // The vertex of a point of `a` is the first at its place that a
+    // triangle uses. Vertices of triangles that a clearing took away stay in
+    // the store where they were, and one of them may stand before a rim
+    // vertex at the same place; the seam must join the vertex that the
+    // rim's own triangles share.
+    std::vector<bool> used(static_cast<std::size_t>(NumVertices), false);
+    for (POSITION pos = TriangleList.GetHeadPosition(); pos != nullptr;) {
+        for (const int v : TriangleList.GetNext(pos)->Vertex) {
+            if (v >= 0 && v < NumVertices) used[static_cast<std::size_t>(v)] = true;
+        }
+    }
     std::vector<int> aIndices(static_cast<std::size_t>(na));
     for (int k = 0; k < na; ++k) {
-        const SSEPoint p = detail::PolygonPoint(*a, k);
-        aIndices[static_cast<std::size_t>(k)] = NewestVertexAt(p);
+        const SSEPoint p = detail::PolygonPoint(along, k);
+        int v = PointIndex3D(p, 0, NumVertices);
+        while (v >= 0 && !used[static_cast<std::size_t>(v)]) v = PointIndex3D(p, v + 1, NumVertices);
+        aIndices[static_cast<std::size_t>(k)] = v;
     }
+
     const auto A = [&](int k) { return aIndices[static_cast<std::size_t>(k % na)]; };
     const auto B = [&](int k) { return indices[k % nb]; };
-    const auto length = [this](int p, int q) { return CSSEFns::euclideandistance(Vertices[p].sse, Vertices[q].sse); };
     const auto lay = [&](int p, int q, int r) {
         if (p < 0 || q < 0 || r < 0 || p == q || q == r || p == r) return;
         T* triangle = NewSeamTriangle(p, q, r);
@@ -430,53 +425,82 @@ void TriangleGraph<D, T, E>::BildNewTriangulationsWithTwoPolygon(CSSE3dPolygon* 
         else
             seamTriangles->AddHead(triangle);
     };
-    int i = 0;
-    int j = 0;
-    while (i < na || j < nb) {
-        const bool advanceA = j >= nb || (i < na && length(A(i + 1), B(j)) <= length(A(i), B(j + 1)));
-        if (advanceA) {
-            lay(A(i), A(i + 1), B(j));
-            ++i;
-        } else {
-            lay(A(i), B(j + 1), B(j));
-            ++j;
+    int start = 0;
+    for (int i = 0; i < nb; ++i) {
+        int end = na;
+        if (i + 1 < nb) {
+            // The first matches may not run away along `a`.
+            const int last = i < 10 ? std::min(start + std::min(20, na / 2), na - 1) : na - 1;
+            end = start < na ? GetClosedPointSafe(along, fine, *b, map.data(), start, last, i + 1) : -1;
+            end = std::max(end, std::min(start, na));
         }
+        LaySpan(start, end, i, A, B, lay);
+        start = end;
     }
 }
 
-// The middle ring becomes vertices, and the two bands from the lower ring
-// to it and from it to the upper ring are zipped and linked with the seam
-// triangles on either side.
+// The stretch s .. e of `a` across from side i of `b`. With no side of `a`
+// one triangle on the side of `b`; with one the quadrilateral is cut from
+// the start of the stretch to the end of the side; a longer stretch is
+// fanned from both ends of the side, split at the point of the stretch
+// nearest to the side's middle.
+template <class D, class T, class E>
+template <class IndexA, class IndexB, class Lay>
+void TriangleGraph<D, T, E>::LaySpan(int s, int e, int i, IndexA A, IndexB B, Lay lay)
+{
+    int split = s;
+    if (e - s >= 2 && B(i) >= 0 && B(i + 1) >= 0) {
+        const SSEPoint middle = detail::MidPoint(Vertices[B(i)], Vertices[B(i + 1)]);
+        float best = HUGE_VALF;
+        for (int k = s; k <= e; ++k) {
+            if (A(k) < 0) continue; // a point that is no vertex makes no triangle
+            const float d = CSSEFns::euclideansqr(Vertices[A(k)].sse, middle.sse);
+            if (d < best) {
+                best = d;
+                split = k;
+            }
+        }
+    }
+    for (int k = s; k < split; ++k) lay(A(k + 1), A(k), B(i));
+    lay(B(i + 1), A(split), B(i));
+    for (int k = split; k < e; ++k) lay(A(k + 1), A(k), B(i + 1));
+}
+
+// The middle ring becomes vertices, and the band between the lower and the
+// upper ring is closed through it: the three rings were thinned alike from
+// one blend, so that point k of each lies across from point k of the
+// others, and each pair of neighbouring points is joined to the next ring
+// by two triangles. The band is linked with the seam triangles on either
+// side.
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::CombineMergeTriangulations()
 {
     Self().LeaveFinalizedState();
-    const int midCount = CombinedMidPolygon.GetNumPoints();
-    if (midCount < 2 || LowerRingCount < 2 || UpperRingCount < 2) return;
-    if (LowerRingStart + LowerRingCount > NumVertices || UpperRingStart + UpperRingCount > NumVertices) return;
-    const auto ringPolygon = [this](int start, int count) {
-        CSSE3dPolygon ring;
-        ring.Create(count);
-        for (int i = 0; i < count; ++i) ring.SetPointSSE(i, Vertices[start + i]);
-        return ring;
-    };
-    CSSE3dPolygon lower = ringPolygon(LowerRingStart, LowerRingCount);
-    CSSE3dPolygon upper = ringPolygon(UpperRingStart, UpperRingCount);
+    const int count = CombinedMidPolygon.GetNumPoints();
+    if (count < 2 || LowerRingCount != count || UpperRingCount != count) return;
+    if (LowerRingStart + count > NumVertices || UpperRingStart + count > NumVertices) return;
     const int midStart = NumVertices;
-    if (NumVertices + midCount > MaxNumVertices) ReallocSize(NumVertices + midCount);
-    std::vector<int> midIndices(static_cast<std::size_t>(midCount));
-    for (int i = 0; i < midCount; ++i) {
-        AppendVertex(detail::PolygonPoint(CombinedMidPolygon, i));
-        midIndices[static_cast<std::size_t>(i)] = midStart + i;
-    }
-    CSSE3dPolygon mid = ringPolygon(midStart, midCount);
-    std::vector<int> upperIndices(static_cast<std::size_t>(UpperRingCount));
-    for (int i = 0; i < UpperRingCount; ++i) upperIndices[static_cast<std::size_t>(i)] = UpperRingStart + i;
-    TriangleListType band;
-    BildNewTriangulationsWithTwoPolygon(&lower, &mid, &band, nullptr, midIndices.data(), false, true);
-    BildNewTriangulationsWithTwoPolygon(&mid, &upper, &band, nullptr, upperIndices.data(), false, true);
+    if (NumVertices + count > MaxNumVertices) ReallocSize(NumVertices + count);
+    for (int i = 0; i < count; ++i) AppendVertex(detail::PolygonPoint(CombinedMidPolygon, i));
     std::vector<T*> linked;
-    for (TriangleListType* list : {&band, &SeamTrianglesFirst, &SeamTrianglesSecond}) {
+    const auto lay = [&](int p, int q, int r) {
+        T* triangle = NewSeamTriangle(p, q, r);
+        if (detail::SideValue(Vertices[p], Vertices[q], Vertices[r]) < 0.0f) {
+            FlipTriangleOrientation(triangle);
+            RefreshCircle(triangle);
+        }
+        TriangleList.AddTail(triangle);
+        linked.push_back(triangle);
+    };
+    for (const int from : {LowerRingStart, midStart}) {
+        const int to = from == LowerRingStart ? midStart : UpperRingStart;
+        for (int k = 0; k < count; ++k) {
+            const int next = (k + 1) % count;
+            lay(from + k, from + next, to + next);
+            lay(from + k, to + next, to + k);
+        }
+    }
+    for (TriangleListType* list : {&SeamTrianglesFirst, &SeamTrianglesSecond}) {
         for (POSITION pos = list->GetHeadPosition(); pos != nullptr;) linked.push_back(list->GetNext(pos));
     }
     LinkAmong(linked);

@@ -217,14 +217,11 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
             triangle->MaskArea = true;
             return;
         }
+        // A corner whose move would fold the surface stays where it is; the
+        // distance test below judges its triangle like any other.
         const int far = !isNear[0] ? 0 : (!isNear[1] ? 1 : 2);
-        bool stays = true;
-        for (int k = 0; k < 3 && stays; ++k) {
-            if (isNear[k]) stays = MoveCornerOffRim(triangle, k, far, index[far], rim, fromFar);
-        }
-        if (!stays) {
-            triangle->MaskArea = true;
-            return;
+        for (int k = 0; k < 3; ++k) {
+            if (isNear[k]) MoveCornerOffRim(triangle, k, far, index[far], rim, fromFar);
         }
         for (int k = 0; k < 3; ++k) FindTrianglesWithCommonVertex(triangle->Vertex[k], triangle, k, &list);
     });
@@ -232,12 +229,17 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
     // where the peeling below starts.
     CSSE3dPolygon coarse(rim);
     coarse.Subsample(rim.GetNumPoints() >= 501 ? 4 : 2, true);
+    // The walk is over, and its marks are cleared so that the neighbours
+    // that a removal exposes are taken up: they line the opening from here on.
     for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
         T* triangle = list.GetNext(pos);
-        if (triangle != nullptr && triangle->MaskArea) triangle->Ignore = true;
+        if (triangle == nullptr) continue;
+        triangle->Visited = false;
+        if (triangle->MaskArea) triangle->Ignore = true;
     }
+    TriangleListType exposed;
     RemoveIgnoredTrianglesFromList(&list);
-    KillIgnoredTrianglesFromTriangleList(true);
+    KillIgnoredTrianglesAndCheckNeighbours(&exposed, true);
 
     TriangleListType doomed;
     CSSE3dPolygon projected;
@@ -262,13 +264,46 @@ void TriangleGraph<D, T, E>::ClearSeamArea(TriangleListType& list, CSSE3dPolygon
         else
             triangle->Processed = false;
     }
-    TriangleListType collected;
-    CheckAndKillIgnoredTrianglesFromTriangleList(&doomed, &collected, true);
-    for (POSITION pos = collected.GetHeadPosition(); pos != nullptr;) {
-        if (T* triangle = collected.GetNext(pos)) triangle->Visited = false;
+    CheckAndKillIgnoredTrianglesFromTriangleList(&doomed, &exposed, true);
+    PeelOpeningRim(exposed, rim);
+    for (POSITION pos = exposed.GetHeadPosition(); pos != nullptr;) {
+        if (T* triangle = exposed.GetNext(pos)) triangle->Visited = false;
     }
     for (POSITION pos = doomed.GetHeadPosition(); pos != nullptr;) {
         if (T* triangle = doomed.GetNext(pos)) triangle->Processed = false;
+    }
+}
+
+// What is left along the opening must keep clear of the rim. A triangle
+// there with a corner inside the clearance, one whose corner could not be
+// moved off or was set back by half a unit, would stand into the band the
+// seam is laid in; so would one held by one side only, its other two sides
+// open, a spike round which the opening's rim folds back. A seam laid along
+// such a rim folds too. Both kinds go, and so do those that their going
+// leaves in the same state, until the opening's rim is free of them.
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::PeelOpeningRim(TriangleListType& rimTriangles, const CSSE3dPolygon& rim)
+{
+    const auto intoClearance = [&](const T* triangle) {
+        for (const int v : triangle->Vertex) {
+            int index = -1;
+            if (detail::NearestPolygonPoint(rim, Vertices[v], index) < detail::kSeamClearance) return true;
+        }
+        return false;
+    };
+    for (bool peeled = true; peeled;) {
+        peeled = false;
+        for (POSITION pos = rimTriangles.GetHeadPosition(); pos != nullptr;) {
+            T* triangle = rimTriangles.GetNext(pos);
+            if (triangle == nullptr || triangle->Ignore) continue;
+            const int open = (triangle->Neighbour[0] == nullptr) + (triangle->Neighbour[1] == nullptr) +
+                             (triangle->Neighbour[2] == nullptr);
+            if (open == 0 || (open == 1 && !intoClearance(triangle))) continue;
+            triangle->Ignore = true;
+            peeled = true;
+        }
+        RemoveIgnoredTrianglesFromList(&rimTriangles);
+        KillIgnoredTrianglesAndCheckNeighbours(&rimTriangles, true);
     }
 }
 
