@@ -224,6 +224,26 @@ TEST(HighDerivationSplitting, SplitsAsItWalksWithinTheFieldBand)
     }
 }
 
+TEST(HighDerivationSplitting, NeighboursSplitAgainstTheListOrderAreFreedSafely)
+{
+    // The upper triangle, split first, still names the lower one when the
+    // kill frees the lower one first, in list order.
+    Surface d(6);
+    Square(d, 6.0f);
+    d.CopyFinalTriangleListToTriangleList();
+    t_hdelaunaytriangle* lower = TriangleWith(d, 0);
+    t_hdelaunaytriangle* upper = TriangleWith(d, 3);
+    d.AppendVertex(P(2, 2));
+    d.AppendVertex(P(4, 4));
+    CList<t_hdelaunaytriangle*> pieces;
+    d.BildNewTriangulesWithCenter(upper, 5, &pieces);
+    d.BildNewTriangulesWithCenter(lower, 4, &pieces);
+    d.KillIgnoredTrianglesFromTriangleList(true);
+    Surface::CopyTriangleListInList(&pieces, &d.GetTriangleList());
+    EXPECT_EQ(d.GetNumTrianglesInTriangleList(), 6);
+    EXPECT_EQ(SurfaceFault(d), "");
+}
+
 TEST(SecondHighDerivation, SteepTrianglesSplitWhereTheFieldBendsAway)
 {
     // z = x rises at 45 degrees; the lower centroid (2, 2) stands at 2, the

@@ -104,16 +104,15 @@ void TriangleGraph<D, T, E>::CloseHole(const EdgeListType& loop, std::vector<int
         linked.push_back(edge->Triangle);
     }
     const int n = static_cast<int>(rim.size());
-    const auto outlineOf = [this](const std::vector<int>& indices) {
-        CSSE3dPolygon outline;
-        outline.Create(static_cast<int>(indices.size()));
-        for (std::size_t i = 0; i < indices.size(); ++i) outline.SetPointSSE(static_cast<int>(i), Vertices[indices[i]]);
-        return outline;
+    CSSE3dPolygon outline;
+    outline.Create(n);
+    const auto trace = [&]() {
+        for (int i = 0; i < n; ++i) outline.SetPointSSE(i, Vertices[rim[static_cast<std::size_t>(i)]]);
     };
-    CSSE3dPolygon outline = outlineOf(rim);
+    trace();
     if (outline.CalcXYArea() < 0.0f) {
         std::reverse(rim.begin(), rim.end());
-        outline = outlineOf(rim);
+        trace();
     }
     CHPolygonTriangulator ears(&outline, 1, 1.0f, 1.0f, 1.0f, false, PlanarPredicates::Exact);
     if (ears.GetNumTriangles() != n - 2) return;
