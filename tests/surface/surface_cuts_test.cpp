@@ -261,6 +261,28 @@ TEST(ShiftAlongInterval, TheMinimizeFormTakesTheLeastClearPlace)
     EXPECT_EQ(Lanes(least), Lanes(Sse(-0.5f, -0.5f, -0.5f, -0.5f)));
 }
 
+TEST(EmptyRasters, AreReadAsNoRasterAndChangeNothing)
+{
+    Surface d(30);
+    Grid(d, -2, -2, 4);
+    const std::vector<long> shape = ListShape(d.GetFinalList());
+    CSSEMatrix empty;
+    CSSEMatrix ones = Constant(8, 8, 1.0f);
+    CSSE3dPolygon ring = SquareRing(-1.0f, 1.0f, 0.0f);
+    d.DistanceImageInsertPoints(&empty, &ones, false, 1, true);
+    d.HighDerivationInsertPoints(&ones, &empty, 0.0f, true);
+    d.HighDerivationInsertPoints(&empty, &ones, false, 0.0f, true);
+    d.RefineBorderTriangulationConstrained(&ones, &empty, 10);
+    d.RemoveAllTrianglesInMaskAreaAndRetriangulate(&empty);
+    d.DeleteTrianglesInArea(ring, &empty, &empty, &empty, &ones, &ones, &ones, true, true);
+    CSSEMatrix mask = Constant(4, 4, 1.0f);
+    Surface::BuildMaskFromMatrix(&empty, &mask, false);
+    EXPECT_EQ(mask.GetSizeX(), 0);
+    EXPECT_TRUE(d.IsFinalized());
+    EXPECT_EQ(d.GetNumVertices(), 25);
+    EXPECT_EQ(ListShape(d.GetFinalList()), shape);
+}
+
 TEST(MaskFromField, OneWhereTheFieldLeavesItsBackground)
 {
     const auto marked = [](CSSEMatrix& mask) {

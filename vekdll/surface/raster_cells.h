@@ -11,6 +11,14 @@
 
 namespace vek::detail {
 
+// Whether a raster can be read: given, and holding at least one cell. An
+// empty field has no cell that a clamped read could fall on.
+inline bool Readable(const CSSEMatrix* field)
+{
+    return field != nullptr && field->GetSizeX() > 0 && field->GetSizeY() > 0 &&
+           field->GetMatrixDataDirectly() != nullptr;
+}
+
 // The field at the cell of (x, y): each coordinate plus 0.5, truncated, and
 // clamped to the field.
 inline float ValueAtCell(const CSSEMatrix& field, float x, float y)

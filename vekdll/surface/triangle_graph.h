@@ -44,7 +44,13 @@ concept HasOutsideFlag = requires(T t) { t.Outside; };
 // further need SelectionList() (where a flood lists what it selects),
 // CompareVertexXY, ComputeNormalVectorsOfTriangles, CalcNormalDirection and
 // the constants kMidPointNearGap, kMidPointWideGap and
-// kBorderDistanceSearchStart, in which the two triangulations differ.
+// kBorderDistanceSearchStart, in which the two triangulations differ. The
+// record type names its record of corners in conflict with a raster by a
+// specialisation of AffectedRecordOf. For records with a circle, the
+// refinement further calls PointWhere(x, y, triangle),
+// InsertVertexIntoTriangulation(index),
+// InsertVertexIntoTriangulationNoExterior(index) and
+// IsolateTrianglesWithoutNeighbour.
 //
 // The member definitions live in triangle_graph_*.inl and are compiled into
 // the library by one explicit instantiation per triangulation class.

@@ -70,7 +70,7 @@ template <class Visit>
 void TriangleGraph<D, T, E>::InViewArea(bool maxImage, CSSEMatrix* field, CSSEMatrix* mask, float from, float to,
                                         float angle, bool turnForward, Visit visit)
 {
-    if (field == nullptr || mask == nullptr) return;
+    if (!detail::Readable(field) || !detail::Readable(mask)) return;
     const float background = detail::RasterBackground(*field, maxImage);
     TurnVerticesAboutX(angle, turnForward);
     visit([&](const T* triangle) {
@@ -166,11 +166,11 @@ template <class D, class T, class E>
 void TriangleGraph<D, T, E>::BuildMaskFromMatrix(CSSEMatrix* source, CSSEMatrix* mask, bool flag)
 {
     if (source == nullptr || mask == nullptr) return;
+    mask->CreateSimilar(*source);
+    if (!detail::Readable(source)) return;
     float maxValue = 0.0f;
     float minValue = 0.0f;
     source->CalcMinMaxValues(&maxValue, &minValue);
-    mask->CreateSimilar(*source);
-    if (source->GetSizeX() < 1 || source->GetSizeY() < 1) return;
     mask->CopyFromSSEMatrix(*source);
     if (flag)
         mask->TresholdBelow(maxValue, 1.0f);
@@ -204,7 +204,7 @@ void TriangleGraph<D, T, E>::DeleteTrianglesInArea(CSSE3dPolygon polygon, CSSEMa
 {
     CSSEMatrix* heights[3] = {heightStraight, heightMinus, heightPlus};
     for (const CSSEMatrix* m : {heightStraight, heightMinus, heightPlus, maskStraight, maskMinus, maskPlus}) {
-        if (m == nullptr) return;
+        if (!detail::Readable(m)) return;
     }
     const bool wasFinalized = Self().LeaveFinalizedState();
     // The new state, scaled up, gives the masks that confirm a deletion.

@@ -106,7 +106,9 @@ void TriangleGraph<D, T, E>::FindCriticalTriangles(bool maxImage, TriangleListTy
                                                    CSSEMatrix* height, CSSEMatrix* mask, CSSE3dPolygon* polygon,
                                                    const SSEPoint& direction, bool flag)
 {
-    if (clean == nullptr || affected == nullptr || height == nullptr || mask == nullptr || polygon == nullptr) return;
+    if (clean == nullptr || affected == nullptr || !detail::Readable(height) || !detail::Readable(mask) ||
+        polygon == nullptr)
+        return;
     const bool wasFinalized = Self().LeaveFinalizedState();
     const float background = detail::RasterBackground(*height, maxImage);
     if (!polygon->IsBoundingBoxCalculated()) polygon->CalcBoundingBox();
@@ -155,7 +157,7 @@ void TriangleGraph<D, T, E>::CheckCriticalTriangles(bool maxImage, float angle, 
                                                     CSSEMatrix* field, CSSEMatrix* mask, const SSEPoint& direction,
                                                     TriangleListType* clean, float& minZ, float& maxZ, bool flag)
 {
-    if (affected == nullptr || field == nullptr || mask == nullptr || clean == nullptr) return;
+    if (affected == nullptr || !detail::Readable(field) || !detail::Readable(mask) || clean == nullptr) return;
     const float background = detail::RasterBackground(*field, maxImage);
     for (POSITION pos = clean->GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
@@ -197,7 +199,7 @@ template <class D, class T, class E>
 void TriangleGraph<D, T, E>::CheckAffectedTriangles(bool maxImage, AffectedListType* affected, CSSEMatrix* field,
                                                     CSSEMatrix* mask, const SSEPoint& direction, bool flag)
 {
-    if (affected == nullptr || field == nullptr || mask == nullptr) return;
+    if (affected == nullptr || !detail::Readable(field) || !detail::Readable(mask)) return;
     const float background = detail::RasterBackground(*field, maxImage);
     for (POSITION pos = affected->GetHeadPosition(); pos != nullptr;) {
         AffectedRecord* record = affected->GetNext(pos);

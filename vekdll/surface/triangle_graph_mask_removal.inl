@@ -30,7 +30,7 @@ namespace vek {
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::RemoveAllTrianglesInMaskAreaAndRetriangulate(CSSEMatrix* mask)
 {
-    if (mask == nullptr) return;
+    if (!detail::Readable(mask)) return;
     const bool wasFinalized = Self().LeaveFinalizedState();
     const auto inMask = [&](int v) { return detail::ValueAtCell(*mask, Vertices[v].x, Vertices[v].y) != 0.0f; };
     std::unordered_set<T*> cut;

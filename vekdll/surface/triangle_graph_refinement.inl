@@ -91,7 +91,7 @@ void TriangleGraph<D, T, E>::DistanceImageInsertPoints(CSSEMatrix* mask, CSSEMat
                                                        int sampling, bool finalize)
 {
     if constexpr (HasCircumCircle<T>) {
-        if (mask == nullptr || height == nullptr) return;
+        if (!detail::Readable(mask) || !detail::Readable(height)) return;
         Self().LeaveFinalizedState();
         const int sizeX = mask->GetSizeX();
         const int sizeY = mask->GetSizeY();
@@ -151,7 +151,7 @@ void TriangleGraph<D, T, E>::HighDerivationInsertPoints(CSSEMatrix* height, CSSE
                                                         bool finalize)
 {
     if constexpr (HasCircumCircle<T>) {
-        if (height == nullptr || mask == nullptr) return;
+        if (!detail::Readable(height) || !detail::Readable(mask)) return;
         const float limit2 = limit * limit;
         Self().LeaveFinalizedState();
         const int first = NumVertices;
@@ -183,7 +183,7 @@ void TriangleGraph<D, T, E>::SplitAtCellCentroids(CSSEMatrix* height, CSSEMatrix
                                                   bool finalize, Wants wants)
 {
     if constexpr (HasCircumCircle<T>) {
-        if (height == nullptr || mask == nullptr) return;
+        if (!detail::Readable(height) || !detail::Readable(mask)) return;
         // The mask's background: its maximum with `legalize`, else its
         // minimum, as BuildMaskFromMatrix reads it with its flag.
         const float background = detail::RasterBackground(*mask, !legalize);
@@ -225,7 +225,7 @@ bool TriangleGraph<D, T, E>::SecondHighDerivationInsertPoints(CSSEMatrix* height
                                                               CSSEMatrix* curvature, float limit, bool finalize)
 {
     if constexpr (HasCircumCircle<T>) {
-        if (height == nullptr || mask == nullptr || curvature == nullptr) return false;
+        if (!detail::Readable(height) || !detail::Readable(mask) || !detail::Readable(curvature)) return false;
         const float limit2 = limit * limit;
         const float steepCosine = std::cos(0.3490658f);
         Self().LeaveFinalizedState();
@@ -454,21 +454,21 @@ void TriangleGraph<D, T, E>::RefineTriangulation(float limit, int iterations, fl
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::RefineTriangulation(CSSEMatrix* field, float limit, int iterations, float margin)
 {
-    if (field != nullptr) RefineInRounds(field, nullptr, limit, iterations, margin);
+    if (detail::Readable(field)) RefineInRounds(field, nullptr, limit, iterations, margin);
 }
 
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::RefineTriangulation(CSSEMatrix* first, CSSEMatrix* second, float limit, int iterations,
                                                  float margin)
 {
-    if (first != nullptr && second != nullptr) RefineInRounds(first, second, limit, iterations, margin);
+    if (detail::Readable(first) && detail::Readable(second)) RefineInRounds(first, second, limit, iterations, margin);
 }
 
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::RefineBorderTriangulationConstrained(CSSEMatrix* height, CSSEMatrix* mask, int count)
 {
     if constexpr (HasCircumCircle<T>) {
-        if (height == nullptr || mask == nullptr || count < 1) return;
+        if (!detail::Readable(height) || !detail::Readable(mask) || count < 1) return;
         const bool wasFinalized = Self().LeaveFinalizedState();
         Self().IsolateTrianglesWithoutNeighbour();
         // The open sides of the moment, by their end points: the insertions

@@ -175,7 +175,7 @@ bool TriangleGraph<D, T, E>::DivideOnce(CList<TriangleListType*>* pieces, int li
     for (const auto& [a, b] : sides) {
         SSEPoint mid;
         mid.sse = _mm_mul_ps(_mm_add_ps(Vertices[a].sse, Vertices[b].sse), _mm_set1_ps(0.5f));
-        if (field != nullptr) {
+        if (detail::Readable(field)) {
             const float value = detail::ValueAtCell(*field, mid.x, mid.y);
             if (value != 0.0f) mid.z = value;
         }
