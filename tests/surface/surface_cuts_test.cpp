@@ -237,6 +237,44 @@ TEST(CapCut, ACapBeyondTheSurfaceOrFacingTheOtherWayCutsNothing)
     EXPECT_EQ(ListShape(d.GetFinalList()), shape);
 }
 
+TEST(DeleteAndShiftList, TheBandAlongTheLineIsMarkedAndItsRimListed)
+{
+    // The line y = 5 in points 0.5 apart over the grid 0 .. 10; corners on
+    // the rows 4 to 6 lie within 1.0 of it.
+    Surface d(200);
+    Grid(d, 0, 0, 10);
+    CSSE3dPolygon line;
+    line.Create(21);
+    for (int i = 0; i < 21; ++i) {
+        SSEPoint p = P(0.5f * i, 5.0f);
+        line.SetPointSSE(i, p);
+    }
+    const auto inBand = [&d](const t_hdelaunaytriangle* t) {
+        bool band = true;
+        for (const int v : t->Vertex) band = band && d.GetVertex(v).y >= 4 && d.GetVertex(v).y <= 6;
+        return band;
+    };
+    TriangleList in, out;
+    for (t_hdelaunaytriangle* t : Triangles(d.GetFinalList())) {
+        if (inBand(t) && in.IsEmpty()) in.AddTail(t);
+    }
+    d.BildAffectedTriangleListForDeleteAndShift(&in, &out, 1.0f, line);
+    EXPECT_TRUE(in.IsEmpty());
+    std::set<const t_hdelaunaytriangle*> rim;
+    for (const t_hdelaunaytriangle* t : Triangles(d.GetFinalList())) {
+        EXPECT_EQ(t->Ignore, inBand(t));
+        if (inBand(t)) {
+            EXPECT_FALSE(t->Visited);
+            for (const t_hdelaunaytriangle* n : t->Neighbour) {
+                if (n != nullptr && !inBand(n)) rim.insert(n);
+            }
+        }
+    }
+    const std::vector<t_hdelaunaytriangle*> listed = Triangles(out);
+    EXPECT_EQ(std::set<const t_hdelaunaytriangle*>(listed.begin(), listed.end()), rim);
+    for (const t_hdelaunaytriangle* t : listed) EXPECT_TRUE(t->Visited && !t->Processed && !t->Ignore);
+}
+
 TEST(ShiftAlongInterval, TheMinimizeFormTakesTheLeastClearPlace)
 {
     CSSE3dPolygon one;
