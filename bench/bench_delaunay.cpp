@@ -3,8 +3,9 @@
 // field gives it (four points of every cell on one circle). Each prints the
 // points, points per second and the growth exponent of the processor time
 // against the size a quarter as large; near 1 means constant time per
-// point. The walk over every triangle, kept as the reference search, runs
-// at the small sizes for comparison.
+// point. Three variants: the default (indexed search, tolerant float
+// predicates), the exact predicates, and the walk over every triangle, kept
+// as the reference search, at the small sizes only.
 //
 // 1k to 64k points run by default; VEKDLL_BENCH_LARGE=1 adds 256k and 1M.
 // The CTest smoke run (VEKDLL_BENCH_SMOKE=1) stops at 4k.
@@ -25,6 +26,7 @@
 namespace {
 
 enum Case : int { kUniform, kLattice };
+enum Variant : int { kDefault, kExact, kWalk };
 
 // Processor seconds per triangulation, by case, search mode and point count.
 std::map<std::tuple<int, int, int>, double>& SecondsBySize()
@@ -59,12 +61,13 @@ void StorePoints(ZrCIncrementalDelaunay2D& d, Case shape, int count)
 void BM_Triangulate(benchmark::State& state)
 {
     const auto shape = static_cast<Case>(state.range(0));
-    const auto mode = static_cast<vek::SearchMode>(state.range(1));
+    const auto variant = static_cast<Variant>(state.range(1));
     const int count = static_cast<int>(state.range(2));
     double total = 0.0;
     for (auto _ : state) {
         ZrCIncrementalDelaunay2D d(count + 4);
-        d.SetSearchMode(mode);
+        if (variant == kWalk) d.SetSearchMode(vek::SearchMode::LinearScan);
+        if (variant == kExact) d.SetPredicates(vek::PlanarPredicates::Exact);
         StorePoints(d, shape, count);
         const std::clock_t start = std::clock();
         d.Triangulate(count, true, true);
@@ -74,12 +77,12 @@ void BM_Triangulate(benchmark::State& state)
     const double perRun = total / static_cast<double>(state.iterations());
     state.counters["points"] = count;
     state.counters["points/s"] = static_cast<double>(count) / perRun;
-    SecondsBySize()[{shape, static_cast<int>(mode), count}] = perRun;
-    const auto smaller = SecondsBySize().find({shape, static_cast<int>(mode), count / 4});
+    SecondsBySize()[{shape, variant, count}] = perRun;
+    const auto smaller = SecondsBySize().find({shape, variant, count / 4});
     if (smaller != SecondsBySize().end() && smaller->second > 0.0)
         state.counters["growth"] = std::log(perRun / smaller->second) / std::log(4.0);
-    state.SetLabel(std::string(shape == kUniform ? "uniform" : "lattice by rows") +
-                   (mode == vek::SearchMode::Indexed ? "" : ", walk"));
+    static const char* const kVariantNames[] = {"", ", exact", ", walk"};
+    state.SetLabel(std::string(shape == kUniform ? "uniform" : "lattice by rows") + kVariantNames[variant]);
 }
 
 void Sizes(benchmark::internal::Benchmark* bench)
@@ -88,9 +91,10 @@ void Sizes(benchmark::internal::Benchmark* bench)
     const bool withLarge = large != nullptr && large[0] == '1';
     const int most = vek::bench::IsSmokeRun() ? 1 << 12 : (withLarge ? 1 << 20 : 1 << 16);
     for (const int shape : {kUniform, kLattice}) {
-        for (int n = 1 << 10; n <= most; n *= 4) bench->Args({shape, static_cast<int>(vek::SearchMode::Indexed), n});
-        for (int n = 1 << 10; n <= std::min(most, 1 << 12); n *= 4)
-            bench->Args({shape, static_cast<int>(vek::SearchMode::LinearScan), n});
+        for (const int variant : {kDefault, kExact}) {
+            for (int n = 1 << 10; n <= most; n *= 4) bench->Args({shape, variant, n});
+        }
+        for (int n = 1 << 10; n <= std::min(most, 1 << 12); n *= 4) bench->Args({shape, kWalk, n});
     }
     bench->Unit(benchmark::kMillisecond);
 }

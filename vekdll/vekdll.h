@@ -31,6 +31,7 @@
 #include "vekdll/fields/sse_matrix.h"
 
 // meshes
+#include "vekdll/mesh/field_range.h"
 #include "vekdll/mesh/htriangle.h"
 #include "vekdll/mesh/stretch.h"
 #include "vekdll/mesh/triangulation.h"

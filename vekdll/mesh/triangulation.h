@@ -5,7 +5,15 @@
 #include "vekdll/mesh/htriangle.h"
 #include "vekdll/mesh/stretch.h"
 
+class CArchive;
+class CH2DDelaunay;
+class CHConvexHull3D;
 class CSSE3dPolygon;
+class CSSEMatrix;
+class ZrCFieldRange;
+namespace Geometry {
+class CTriangulation;
+}
 
 // The library's plain triangle mesh: an unindexed triangle soup. Every
 // triangle owns three private corners, three private corner normals and its
@@ -30,6 +38,49 @@ public:
     // A deep copy of `other`, scaled like it.
     explicit CHTriangulation(const CHTriangulation* other);
     CHTriangulation(const CHTriangulation& other);
+
+    // Meshes built from something else. Each constructor sets the scale
+    // (sx, sy, sz) and runs one builder below; when that yields no triangle
+    // it ends at once, otherwise it finishes the mesh as the builder's kind
+    // needs (see the builders). Meshes of one field keep the smooth corner
+    // normals of AppendTriangle and no neighbours beyond each cell's pair.
+    //
+    // One field cut by a threshold: box and S, T, V.
+    CHTriangulation(CSSEMatrix* field, float threshold, bool above, float sx, float sy, float sz);
+    CHTriangulation(CSSEMatrix* field, float threshold, bool above, float sx, float sy, float sz, int stepX,
+                    int stepY);
+    // The trailing flag is not read.
+    CHTriangulation(CSSEMatrix* field, float threshold, bool above, float sx, float sy, float sz, int stepX, int stepY,
+                    int xFrom, int xTo, int yFrom, int yTo, bool unused);
+    CHTriangulation(CSSEMatrix* field, float threshold, bool above, float sx, float sy, float sz, int stepX, int stepY,
+                    CSSE3dPolygon* polygon);
+    // Two fields: neighbours, box, S, T, V and flat normals.
+    CHTriangulation(CSSEMatrix* upper, CSSEMatrix* lower, bool above, float sx, float sy, float sz, int stepX,
+                    int stepY);
+    CHTriangulation(CSSEMatrix* upper, CSSEMatrix* lower, bool above, float sx, float sy, float sz, int stepX,
+                    int stepY, int xFrom, int xTo, int yFrom, int yTo);
+    // A polygon, a planar Delaunay result or a spatial hull: scaled by
+    // (sx, sy, sz), then S, T, V, flat normals and box. `step` takes every
+    // step-th polygon point; maxEdge is the refinement's side length.
+    CHTriangulation(CSSE3dPolygon* polygon, float sx, float sy, float sz, int step, float maxEdge, bool fan,
+                    bool refine);
+    // The same, with each corner then held below (keepLower) or above the
+    // heights of `field` plus `offset` where the field has data.
+    CHTriangulation(CSSE3dPolygon* polygon, float sx, float sy, float sz, CSSEMatrix* field, bool keepLower,
+                    float offset, int step, float maxEdge, bool refine);
+    CHTriangulation(CH2DDelaunay* delaunay, float sx, float sy, float sz, bool flatten);
+    CHTriangulation(CHConvexHull3D* hull, float sx, float sy, float sz, float divisor);
+    // Bands between two rings: box, S, T, V with the per-triangle boxes,
+    // flat normals and centre. The flags are not read.
+    CHTriangulation(CSSE3dPolygon* a, CSSE3dPolygon* b, float sx, float sy, float sz, bool unused1, bool unused2);
+    CHTriangulation(CSSE3dPolygon* a, CSSE3dPolygon* b, float sx, float sy, float sz, int steps, bool unused1,
+                    bool unused2);
+    // Indexed meshes are not converted here (they come in through the
+    // incremental triangulation): these give an empty mesh of scale
+    // (1, 1, 1) or the one given.
+    explicit CHTriangulation(Geometry::CTriangulation* mesh);
+    CHTriangulation(Geometry::CTriangulation* mesh, float sx, float sy, float sz);
+    CHTriangulation(Geometry::CTriangulation* mesh, CSSE3dPolygon* polygon, float sx, float sy, float sz);
     ~CHTriangulation();
     // Shallow: afterwards both meshes use the same arrays.
     CHTriangulation& operator=(const CHTriangulation& other);
@@ -85,6 +136,55 @@ public:
     void AppendTriangulation(const CHTriangulation* other);
 
     // ---------------------------------------------------------------- construction from fields and polygons
+    // Raster builders. A pixel (x, y) becomes the model point
+    // (x * ScaleX, y * ScaleY, value): heights go in raw. A corner is valid
+    // where its value lies strictly above (`above`) or below the threshold;
+    // cells go to triangles by AppendTriangle, with the normals flipped for
+    // `below`. Nothing is made when no pixel is valid.
+    //
+    // The unsampled builder reads the field four rows at a time. It makes
+    // room for twice the valid pixels and keeps that count, so a zeroed tail
+    // of triangles at the origin follows the real ones. Below the threshold
+    // the cells between rows 4k+3 and 4k+4 stay empty.
+    void CreateTriangulationFromSSEField(CSSEMatrix* field, float threshold, bool above);
+    // Cells of stepX x stepY pixels, corners read with clamped coordinates;
+    // the count is that of the triangles written. Room is estimated as twice
+    // the valid pixels over the cell area; a mask of scattered pixels may
+    // want more, and the build then stops where the room ends. A step below
+    // 1 makes nothing.
+    void CreateTriangulationFromSSEFieldSubSampled(CSSEMatrix* field, float threshold, bool above, int stepX,
+                                                   int stepY);
+    // Cells whose top-left corner lies in xFrom .. xTo - stepX and
+    // yFrom .. yTo - stepY, both ends inclusive. The flag is not read.
+    void CreateTriangulationFromSSEFieldSubSampled(CSSEMatrix* field, float threshold, bool above, int stepX,
+                                                   int stepY, int xFrom, int xTo, int yFrom, int yTo, bool unused);
+    // A corner is valid only if it also lies in the polygon's inner area.
+    void CreateTriangulationFromSSEFieldSubSampled(CSSEMatrix* field, float threshold, bool above, int stepX,
+                                                   int stepY, CSSE3dPolygon* polygon);
+    // A corner is valid where upper lies strictly above lower; the mesh lies
+    // on upper with `above`, else on lower with flipped normals.
+    void CreateTriangulationFromSSEFieldSubSampledTwoFields(CSSEMatrix* upper, CSSEMatrix* lower, bool above,
+                                                            int stepX, int stepY);
+    void CreateTriangulationFromSSEFieldSubSampledTwoFields(CSSEMatrix* upper, CSSEMatrix* lower, bool above,
+                                                            int stepX, int stepY, int xFrom, int xTo, int yFrom,
+                                                            int yTo);
+    // Ear clipping of the closed polygon (every step-th point), optionally
+    // refined until no side is longer than about 2 * maxEdge. Corners only,
+    // unscaled. A ring given closed, or with repeated points, is cut without
+    // its repeats.
+    void CreateTriangulationFromPolygon(CSSE3dPolygon* polygon, int step, float maxEdge, bool refine);
+    // A fan from the polygon's geometric centre: (point n-1, point 0, centre)
+    // first, then (point i-1, point i, centre).
+    void CreateSimpleFanTriangulationFromPolygon(CSSE3dPolygon* polygon);
+    // The hull's faces in ring order, grid coordinates divided by `divisor`.
+    void CreateTriangulationFromHull3D(CHConvexHull3D* hull, float divisor);
+    // The Delaunay faces, grid coordinates divided by 10, z set to 0 with
+    // `flatten`; Flag 14 on every triangle.
+    void CreateTriangulationFrom2DDelaunay(CH2DDelaunay* delaunay, bool flatten);
+    // Accepted and ignored: indexed meshes are converted by the incremental
+    // triangulation, not here.
+    void CreateTriangulationFromCTriangulation(Geometry::CTriangulation* mesh);
+    void CreateTriangulationFromCTriangulation(Geometry::CTriangulation* mesh, CSSE3dPolygon* polygon);
 
     // ---------------------------------------------------------------- raster cells
     // Turns the raster cell with corners A = (x0, y0, zA), B = (x1, y0, zB),
@@ -154,10 +254,106 @@ public:
         z = ScanConvResolutionZ;
     }
     float GetScanConvDiagonal() const { return ScanConvDiagonal; }
+    // The raster grid of the scan conversion, in model units per pixel.
+    void SetScanConvResolution(float x, float y, float z);
+
+    // Each triangle is sampled in its own parameters on a grid fine enough
+    // to hit every pixel it covers, and each sample is stamped with a brush
+    // that keeps the higher (Max) or lower (Min) value per pixel, whatever
+    // the order of the triangles. S and T must be current.
+    //
+    // Into a raster made anew from the box, anchored at MinPoint, heights
+    // relative to MinPoint.z plus offset, with a cross brush whose centre
+    // stays off the outermost rows and columns; pixels no triangle reached
+    // hold 0. A box taller than a field can hold throws CInvalidArgException
+    // from the field's allocation.
+    void ScanConvertTriangulationMax(CSSEMatrix* field, float offset);
+    void ScanConvertTriangulationMin(CSSEMatrix* field, float offset);
+    // The same in the frame of the box (min, max), so that several meshes
+    // can share one raster layout.
+    void ScanConvertTriangulationMax_MinMaxPoint(CSSEMatrix* field, float offset, SSEPoint& min, SSEPoint& max);
+    void ScanConvertTriangulationMin_MinMaxPoint(CSSEMatrix* field, float offset, SSEPoint& min, SSEPoint& max);
+    // Into the raster as it is, in absolute coordinates, up to the mesh's
+    // maximum corner: a cross, or with `box` a 3 x 3 brush, or with `box`
+    // and `large` a 5 x 5 one.
+    void ScanConvertTriangulationMaxNoDelete(CSSEMatrix* field, bool box, bool large);
+    void ScanConvertTriangulationMinNoDelete(CSSEMatrix* field, bool box, bool large);
+    // As NoDelete with the cross, for the triangles whose P0 lies strictly
+    // between yLow and yHigh.
+    void ScanConvertTriangulationMaxNoDeleteInYArea(CSSEMatrix* field, float yLow, float yHigh);
+    void ScanConvertTriangulationMinNoDeleteInYArea(CSSEMatrix* field, float yLow, float yHigh);
+    // Single pixels over a fill just above the mesh, then 0 outside the
+    // polygon. The polygon is left moved into raster coordinates.
+    void ScanConvertThroughLineMax(CSSEMatrix* field, CSSE3dPolygon* polygon, float offset);
+    void ScanConvertThroughLineMin(CSSEMatrix* field, CSSE3dPolygon* polygon, float offset);
+    // Fills pixels within 1 of `value` that more than two direct neighbours
+    // outside that band surround, with their mean; then a median and a
+    // minimum (Top: maximum) filter, and what is left of `value` becomes 0.
+    void RefineScanConvImage(CSSEMatrix* field, float value);
+    void RefineScanConvImageTop(CSSEMatrix* field, float value);
 
     // ---------------------------------------------------------------- combination and persistence
+    // Appends other's triangles, turned over with `flip`, and rebuilds S, T,
+    // V, the per-triangle boxes, flat normals, box and centre; the per-
+    // triangle maxima take the minima as after every copy, and no neighbour
+    // is found. The scan conversion grid goes back to the scale.
+    void Combine(CHTriangulation& other, bool flip);
+    // Holds each corner at or below (keepLower) or at or above the field's
+    // height plus offset where the field reads above 0.1. Derived data goes
+    // stale.
+    void ConstrainWithHeightField(bool keepLower, CSSEMatrix* field, float offset);
+    // Entry points kept for callers; they change nothing.
+    void ConstrainWithHeightField(bool keepLower, const ZrCFieldRange& range, float offset);
+    void CutWithTriangulation(CHTriangulation* other);
+    void MinimumZTriangulation(CHTriangulation* other);
+    // Each filter rebuilds the mesh from the triangles it keeps, in order,
+    // and finds the neighbours anew. Above/Below keep a triangle with a
+    // corner strictly below/above z; Between drops one with a corner in
+    // [low, high].
+    void RemoveTrianglesAboveZ(float z);
+    void RemoveTrianglesBelowZ(float z);
+    void RemoveTrianglesBetweenZ(float low, float high);
+    // Drops every triangle whose N0 lies within 0.05 in each lane of an
+    // earlier triangle's N0. Quadratic.
+    void RemoveTrianglesWithSameOrientation();
+    // Stores or loads by the archive's mode: scale, scan grid and diagonal,
+    // the count, the triangle records as memory images, then the arrays. A
+    // loaded mesh has ScaleY = ScaleX and the scan grid of its scale; its
+    // records point at its own arrays and have no neighbours or list links
+    // (CalcNeighbours finds them again). A stream too short for its count
+    // throws CArchiveException and leaves the mesh as it was.
+    void Serialize(CArchive& ar);
 
 private:
+    // The cell loop of the sampled raster builders over the top-left corners
+    // x = xFirst, xFirst + stepX, ... while x <= xLast (and the same in y);
+    // `corners` says whether a pixel is valid and what height it gives.
+    template <class Corners>
+    void CreateSampled(Corners& corners, int count, int stepX, int stepY, long long xFirst, long long xLast,
+                       long long yFirst, long long yLast);
+    // Keeps the triangles for which keep(i) holds, in order, and finds the
+    // neighbours anew.
+    template <class Keep>
+    void KeepTriangles(Keep keep);
+    // The band between two rings: for each segment of a (b read with a's
+    // count, scaled by the mesh's scale) the pair (a_i, a_i+1, b_i) and
+    // (b_i, a_i+1, b_i+1), the closing segment first, written from `first` on.
+    void LayRuledBand(CSSE3dPolygon& a, CSSE3dPolygon& b, int first);
+    void CreateRuledBand(CSSE3dPolygon* a, CSSE3dPolygon* b);
+    // steps + 1 bands between rings moved from a towards b.
+    void CreateLoftedBands(CSSE3dPolygon* a, CSSE3dPolygon* b, int steps);
+    // A triangle for each face counted by the hull, along its face ring from
+    // the entry, each corner divided by `divisor`.
+    void CopyFaces(const CHConvexHull3D& hull, float divisor);
+    // Exchanges every member but the stretch list with `other`.
+    void SwapContents(CHTriangulation& other);
+    void StoreTo(CArchive& ar) const;
+    void LoadFrom(CArchive& ar);
+    // Finishing steps of the constructors.
+    void FinishRasterMesh();
+    void FinishTwoFieldMesh();
+    void FinishPlanarMesh();
+    void FinishBand();
     // Corners, normals, main normal, T, S, V and Index and Flag of src's
     // triangle `from` into this mesh's triangle `to`; the per-triangle box
     // takes src's MinPoint in both its entries.

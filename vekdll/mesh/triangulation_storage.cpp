@@ -73,8 +73,10 @@ void CHTriangulation::BaseInitialization(float scaleX, float scaleY, float scale
     ScanConvResolutionZ = scaleZ;
     ScanConvDiagonal = std::sqrt(scaleX * scaleX + scaleY * scaleY);
 
-    // The box block's content stays undefined until a box is computed.
+    // The box block means nothing until a box is computed; it starts at 0 so
+    // that a mesh stored before that writes the same bytes each time.
     PointArray = AllocatePoints(kBoxEntries);
+    ZeroPoints(PointArray, kBoxEntries);
     MinPoint = PointArray;
     MaxPoint = PointArray + 1;
     CenterPoint = PointArray + 2;

@@ -131,6 +131,21 @@ public:
         }
     }
 
+    // Exchanges the elements, and the nodes that hold them, with `other`:
+    // positions stay valid and now belong to the other list. Both lists
+    // count it as a change.
+    void Swap(CList& other) noexcept
+    {
+        std::swap(head_, other.head_);
+        std::swap(tail_, other.tail_);
+        std::swap(freeChain_, other.freeChain_);
+        std::swap(blocks_, other.blocks_);
+        std::swap(count_, other.count_);
+        std::swap(blockSize_, other.blockSize_);
+        ++changes_;
+        ++other.changes_;
+    }
+
     // First position at or after `startAfter`'s successor whose element equals `value`.
     POSITION Find(ARG_TYPE value, POSITION startAfter = nullptr) const
     {

@@ -78,7 +78,13 @@ GridPlace CircleGrid::Insert(const Entry& entry, double centreX, double centreY,
     const int column = Clamped((centreX - minX_) * level.inverse, level.columns);
     const int row = Clamped((centreY - minY_) * level.inverse, level.rows);
     place.cell = row * level.columns + column;
-    level.cells[static_cast<std::size_t>(place.cell)].push_back(entry);
+    Cell& cell = level.cells[static_cast<std::size_t>(place.cell)];
+    if (cell.count < kInPlace) {
+        cell.entries[cell.count++] = entry;
+    } else {
+        level.overflow[static_cast<std::uint32_t>(place.cell)].push_back(entry);
+        cell.overflowing = 1;
+    }
     ++level.entries;
     ++entries_;
     return place;
@@ -88,15 +94,41 @@ void CircleGrid::Remove(GridPlace place, std::uint32_t slot)
 {
     if (place.level < 0 || place.level >= static_cast<int>(levels_.size())) return;
     Level& level = levels_[static_cast<std::size_t>(place.level)];
-    std::vector<Entry>& cell = level.cells[static_cast<std::size_t>(place.cell)];
-    for (Entry& entry : cell) {
-        if (entry.slot != slot) continue;
-        entry = cell.back();
-        cell.pop_back();
+    Cell& cell = level.cells[static_cast<std::size_t>(place.cell)];
+    const auto key = static_cast<std::uint32_t>(place.cell);
+    for (std::uint32_t i = 0; i < cell.count; ++i) {
+        if (cell.entries[i].slot != slot) continue;
+        cell.entries[i] = cell.entries[--cell.count];
+        // The place freed in the cell goes to an entry from the overflow.
+        if (cell.overflowing != 0) cell.entries[cell.count++] = TakeFromOverflow(level, cell, key, nullptr);
         --level.entries;
         --entries_;
         return;
     }
+    if (cell.overflowing == 0) return;
+    for (Entry& entry : level.overflow.at(key)) {
+        if (entry.slot != slot) continue;
+        TakeFromOverflow(level, cell, key, &entry);
+        --level.entries;
+        --entries_;
+        return;
+    }
+}
+
+// Takes `entry` (or, given null, the last one) out of the cell's overflow,
+// which goes when it runs empty.
+CircleGrid::Entry CircleGrid::TakeFromOverflow(Level& level, Cell& cell, std::uint32_t key, Entry* entry)
+{
+    std::vector<Entry>& waiting = level.overflow.at(key);
+    const Entry last = waiting.back();
+    const Entry taken = entry != nullptr ? *entry : last;
+    if (entry != nullptr) *entry = last;
+    waiting.pop_back();
+    if (waiting.empty()) {
+        level.overflow.erase(key);
+        cell.overflowing = 0;
+    }
+    return taken;
 }
 
 } // namespace vek::detail

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "vekdll/export.h"
@@ -64,18 +65,32 @@ public:
 private:
     static constexpr double kFill = 0.45; // of a cell: the largest radius a level keeps
 
+    // A cell holds its first entries in place, two cache lines in all, so
+    // that a query reads the 2 x 2 cells of a level as two short runs of
+    // memory; entries beyond those wait in an overflow list of the level.
+    static constexpr int kInPlace = 7;
+    struct alignas(64) Cell {
+        std::uint32_t count = 0; // entries in place, the overflow not counted
+        std::uint32_t overflowing = 0;
+        Entry entries[kInPlace];
+    };
+
     struct Level {
         double cellSize = 1.0;
         double inverse = 1.0; // 1 / cellSize
         int columns = 1;
         int rows = 1;
         std::size_t entries = 0;
-        std::vector<std::vector<Entry>> cells;
+        std::vector<Cell> cells;
+        std::unordered_map<std::uint32_t, std::vector<Entry>> overflow;
     };
 
     // The cell index of a coordinate already measured in cells from the
     // box's lower side, clamped to 0 ... count - 1 (0 for NaN).
     static int Clamped(double cells, int count);
+    template <class Visit>
+    static void VisitCell(const Level& level, std::size_t cell, Visit& visit);
+    static Entry TakeFromOverflow(Level& level, Cell& cell, std::uint32_t key, Entry* entry);
 
     std::vector<Level> levels_;
     double minX_ = 0.0;
@@ -98,13 +113,22 @@ void CircleGrid::ForEachCandidate(double x, double y, Visit&& visit) const
         const int rows[2] = {row > 0 ? row - 1 : row, row};
         for (int r = 0; r < (rows[0] != rows[1] ? 2 : 1); ++r) {
             for (int c = 0; c < (columns[0] != columns[1] ? 2 : 1); ++c) {
-                const std::vector<Entry>& cell =
-                    level.cells[static_cast<std::size_t>(rows[r]) * static_cast<std::size_t>(level.columns) +
-                                static_cast<std::size_t>(columns[c])];
-                for (const Entry& entry : cell) visit(entry);
+                VisitCell(level,
+                          static_cast<std::size_t>(rows[r]) * static_cast<std::size_t>(level.columns) +
+                              static_cast<std::size_t>(columns[c]),
+                          visit);
             }
         }
     }
+}
+
+template <class Visit>
+void CircleGrid::VisitCell(const Level& level, std::size_t index, Visit& visit)
+{
+    const Cell& cell = level.cells[index];
+    for (std::uint32_t i = 0; i < cell.count; ++i) visit(cell.entries[i]);
+    if (cell.overflowing == 0) return;
+    for (const Entry& entry : level.overflow.at(static_cast<std::uint32_t>(index))) visit(entry);
 }
 
 } // namespace vek::detail

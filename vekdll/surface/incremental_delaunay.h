@@ -245,6 +245,7 @@ protected:
     // How the search index files a triangle: by the circle of its record,
     // widened by what the float circle test can still accept beyond it.
     vek::detail::IndexedCircle IndexedCircleOf(const t_hdelaunaytriangle* triangle) const;
+    vek::detail::IndexedCircle ExactlyIndexedCircleOf(const t_hdelaunaytriangle* triangle) const;
 
     // TriangleList, the working list, comes first, from the graph.
     CList<t_hdelaunaytriangle*> AffectedTriangleList{10};
@@ -322,6 +323,8 @@ private:
     // Inserts vertex i of a Triangulate run: locate, place, legalize.
     void InsertDuringTriangulate(int i);
     void StartNewTriangulation();
+    bool StartFromBoxCorners(int corners[4]);
+    bool StartFromFirstTriangle(int count, int corners[4]);
     void InsertAllVerticesExcept(int first, int count, const int* skip, int numSkip);
     // The walk of CalcAffectedTriangles over the whole working list.
     int ScanAffectedTriangles(int v);

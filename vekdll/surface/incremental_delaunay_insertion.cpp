@@ -48,40 +48,13 @@ void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCor
 
     int firstInserted = 3;
     int corners[4] = {-1, -1, -1, -1};
-    if (addCorners) {
-        SSEPoint min;
-        SSEPoint max;
-        const int lowerLeftVertex = MinPointIndex(min);
-        const int upperRightVertex = MaxPointIndex(max);
-        // The two other corners take their z from the same extreme as their x.
-        SSEPoint upperLeft = min;
-        upperLeft.y = max.y;
-        SSEPoint lowerRight = max;
-        lowerRight.y = min.y;
-        const int lowerLeft = lowerLeftVertex >= 0 ? lowerLeftVertex : CornerIndex(min);
-        const int upperRight = upperRightVertex >= 0 ? upperRightVertex : CornerIndex(max);
-        const int upperLeftIndex = CornerIndex(upperLeft);
-        const int lowerRightIndex = CornerIndex(lowerRight);
-        corners[0] = lowerLeft;
-        corners[1] = upperRight;
-        corners[2] = upperLeftIndex;
-        corners[3] = lowerRightIndex;
-
-        t_hdelaunaytriangle* lower = InitNewTriangle();
-        t_hdelaunaytriangle* upper = InitNewTriangle();
-        lower->Vertex[0] = lowerRightIndex;
-        lower->Vertex[1] = upperLeftIndex;
-        lower->Vertex[2] = lowerLeft;
-        upper->Vertex[0] = upperLeftIndex;
-        upper->Vertex[1] = lowerRightIndex;
-        upper->Vertex[2] = upperRight;
-        lower->Neighbour[0] = upper;
-        upper->Neighbour[0] = lower;
-        CalcCircumCircle(lower);
-        CalcCircumCircle(upper);
-        TriangleList.AddTail(lower);
-        TriangleList.AddTail(upper);
+    if (addCorners && StartFromBoxCorners(corners)) {
         firstInserted = 0;
+    } else if (Predicates == vek::PlanarPredicates::Exact) {
+        // The first three vertices that span a triangle; with none, every
+        // point lies on one line, which has no triangulation.
+        if (!StartFromFirstTriangle(count, corners)) corners[0] = corners[1] = corners[2] = -1;
+        firstInserted = corners[0] >= 0 ? 0 : count;
     } else {
         t_hdelaunaytriangle* first = InitNewTriangle();
         first->Vertex[0] = 0;
@@ -94,6 +67,78 @@ void ZrCIncrementalDelaunay2D::Triangulate(int count, bool finalize, bool addCor
 
     InsertAllVerticesExcept(firstInserted, count, corners, 4);
     if (finalize) FinalizeTriangleList();
+}
+
+// The two triangles over the corners of the bounding box, each corner the
+// vertex that sits there or a new one. In the exact mode a box without area
+// (all points on one horizontal or vertical line) gives no triangles, and
+// false.
+bool ZrCIncrementalDelaunay2D::StartFromBoxCorners(int corners[4])
+{
+    SSEPoint min;
+    SSEPoint max;
+    const int lowerLeftVertex = MinPointIndex(min);
+    const int upperRightVertex = MaxPointIndex(max);
+    if (Predicates == vek::PlanarPredicates::Exact && !(min.x < max.x && min.y < max.y)) return false;
+    // The two other corners take their z from the same extreme as their x.
+    SSEPoint upperLeft = min;
+    upperLeft.y = max.y;
+    SSEPoint lowerRight = max;
+    lowerRight.y = min.y;
+    const int lowerLeft = lowerLeftVertex >= 0 ? lowerLeftVertex : CornerIndex(min);
+    const int upperRight = upperRightVertex >= 0 ? upperRightVertex : CornerIndex(max);
+    const int upperLeftIndex = CornerIndex(upperLeft);
+    const int lowerRightIndex = CornerIndex(lowerRight);
+    corners[0] = lowerLeft;
+    corners[1] = upperRight;
+    corners[2] = upperLeftIndex;
+    corners[3] = lowerRightIndex;
+
+    t_hdelaunaytriangle* lower = InitNewTriangle();
+    t_hdelaunaytriangle* upper = InitNewTriangle();
+    lower->Vertex[0] = lowerRightIndex;
+    lower->Vertex[1] = upperLeftIndex;
+    lower->Vertex[2] = lowerLeft;
+    upper->Vertex[0] = upperLeftIndex;
+    upper->Vertex[1] = lowerRightIndex;
+    upper->Vertex[2] = upperRight;
+    lower->Neighbour[0] = upper;
+    upper->Neighbour[0] = lower;
+    CalcCircumCircle(lower);
+    CalcCircumCircle(upper);
+    TriangleList.AddTail(lower);
+    TriangleList.AddTail(upper);
+    return true;
+}
+
+// The exact mode's first triangle: the first vertex at a finite place, the
+// next one at another place, and the next one off the line through both,
+// turned counter-clockwise. Their indices go to `corners`; false if every
+// vertex below the bound lies on one line (or is not finite).
+bool ZrCIncrementalDelaunay2D::StartFromFirstTriangle(int count, int corners[4])
+{
+    const int end = std::min(count, NumVertices);
+    const auto finite = [this](int i) { return std::isfinite(Vertices[i].x) && std::isfinite(Vertices[i].y); };
+    int first = 0;
+    while (first < end && !finite(first)) ++first;
+    int second = first + 1;
+    while (second < end &&
+           (!finite(second) || (Vertices[second].x == Vertices[first].x && Vertices[second].y == Vertices[first].y)))
+        ++second;
+    int third = second + 1;
+    while (third < end && SideTest(Vertices[first], Vertices[second], Vertices[third]) == 0.0f) ++third;
+    if (third >= end) return false;
+    t_hdelaunaytriangle* triangle = InitNewTriangle();
+    triangle->Vertex[0] = first;
+    triangle->Vertex[1] = second;
+    triangle->Vertex[2] = third;
+    if (SideTest(Vertices[first], Vertices[second], Vertices[third]) < 0.0f) FlipTriangleOrientation(triangle);
+    CalcCircumCircle(triangle);
+    TriangleList.AddTail(triangle);
+    corners[0] = first;
+    corners[1] = second;
+    corners[2] = third;
+    return true;
 }
 
 // The polygon's points are the first vertices of the store, in order
@@ -231,9 +276,13 @@ int ZrCIncrementalDelaunay2D::CalcAffectedTriangles(int v)
     index->TakeAffected(
         TriangleList, x, y,
         [x, y](const vek::detail::CircleGrid::Entry& circle) {
+            // The float circle test on the circle as filed; a distance whose
+            // square overflows is left to the triangle's own test, which the
+            // exact mode needs (its filed circles are only bounds).
             const float dx = x - circle.centreX;
             const float dy = y - circle.centreY;
-            return circle.radius2 > dx * dx + dy * dy;
+            const float distance2 = dx * dx + dy * dy;
+            return circle.radius2 > distance2 || std::isinf(distance2);
         },
         [this, v](const t_hdelaunaytriangle* t) { return !t->Ignore && !t->IgnoreSearch && InCircumCircle(v, t); },
         SearchScratch);
@@ -415,7 +464,7 @@ void ZrCIncrementalDelaunay2D::JoinSidesSeenFrom(int v, t_hdelaunaytriangle* tri
         if (triangle->Neighbour[side] != nullptr) continue;
         const int start = triangle->Vertex[side];
         const int end = triangle->Vertex[(side + 1) % 3];
-        if (!(vek::detail::SideValue(Vertices[start], Vertices[end], p) < 0.0f)) continue;
+        if (!(SideTest(Vertices[start], Vertices[end], p) < 0.0f)) continue;
         // The new triangle holds the side reversed in the same slot
         // number, with v opposite: (b, a, v), (v, c, b) or (c, v, a).
         t_hdelaunaytriangle* outer = InitNewTriangle();

@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include "vekdll/foundation/exact_predicates.h"
+#include "vekdll/surface/circle_bound.h"
 #include "vekdll/surface/incremental_delaunay.h"
 #include "vekdll/surface/sweep_cycle_watch.h"
 #include "vekdll/surface/working_list_index.h"
@@ -37,6 +39,7 @@ void ZrCIncrementalDelaunay2D::CalcCircumCircle(t_hdelaunaytriangle* triangle)
 // underflow to 0 near the centre. The widening here is far beyond both.
 vek::detail::IndexedCircle ZrCIncrementalDelaunay2D::IndexedCircleOf(const t_hdelaunaytriangle* triangle) const
 {
+    if (Predicates == vek::PlanarPredicates::Exact) return ExactlyIndexedCircleOf(triangle);
     vek::detail::IndexedCircle circle;
     const float cx = triangle->CircleX;
     const float cy = triangle->CircleY;
@@ -62,10 +65,47 @@ void ZrCIncrementalDelaunay2D::UpdateCircles()
     }
 }
 
+// In the exact mode the circle fields are not read: the circle is the one
+// through the corners, decided by the exact in-circle sign, and the search
+// index files each triangle by a disc that surely holds that circle. The
+// float snapshot the index tests first then gets a radius widened past the
+// rounding of its own float test and of the centre's rounding to float, so
+// that it can only let through more than the exact test accepts.
+vek::detail::IndexedCircle ZrCIncrementalDelaunay2D::ExactlyIndexedCircleOf(const t_hdelaunaytriangle* triangle) const
+{
+    vek::detail::IndexedCircle circle;
+    const SSEPoint& a = Vertices[triangle->Vertex[0]];
+    const SSEPoint& b = Vertices[triangle->Vertex[1]];
+    const SSEPoint& c = Vertices[triangle->Vertex[2]];
+    for (const SSEPoint* p : {&a, &b, &c}) {
+        if (!std::isfinite(p->x) || !std::isfinite(p->y)) return circle; // the exact test holds nothing
+    }
+    circle.mayContainPoints = true;
+    const vek::detail::CircleBound bound = vek::detail::BoundCircumcircle(a, b, c);
+    const float cx = static_cast<float>(bound.centreX);
+    const float cy = static_cast<float>(bound.centreY);
+    if (!bound.bounded || !std::isfinite(cx) || !std::isfinite(cy)) {
+        circle.entry = {0.0f, 0.0f, INFINITY, 0};
+        circle.radius = HUGE_VAL;
+        return circle;
+    }
+    const double reach = bound.radius + std::fabs(bound.centreX - cx) + std::fabs(bound.centreY - cy);
+    const double snapshot = reach * reach * (1.0 + 1.0e-5) + 1.0e-30;
+    circle.entry = {cx, cy, static_cast<float>(snapshot) * (1.0f + 1.0e-5f), 0};
+    circle.centreX = cx;
+    circle.centreY = cy;
+    circle.radius = reach * (1.0 + 1.0e-6) + 1.0e-18 + (std::fabs(bound.centreX) + std::fabs(bound.centreY)) * 1.0e-15;
+    if (std::isinf(circle.entry.radius2)) circle.radius = HUGE_VAL;
+    return circle;
+}
+
 // Strict: a point on the circle is not in it, so cocircular points never
 // flip back and forth.
 bool ZrCIncrementalDelaunay2D::InCircumCircle(int v, const t_hdelaunaytriangle* triangle) const
 {
+    if (Predicates == vek::PlanarPredicates::Exact)
+        return vek::InCircle(Vertices[triangle->Vertex[0]], Vertices[triangle->Vertex[1]],
+                             Vertices[triangle->Vertex[2]], Vertices[v]) > 0.0;
     const float dx = Vertices[v].x - triangle->CircleX;
     const float dy = Vertices[v].y - triangle->CircleY;
     return triangle->CircleRadius2 > dx * dx + dy * dy;
@@ -103,7 +143,7 @@ void ZrCIncrementalDelaunay2D::SweepAffected(bool checkFan)
         const bool watching = mayShortenCycles && sweep >= kSweepsBeforeWatching;
         if (SweepOnce(checkFan, watching ? &watch : nullptr) == 0) return;
         if (!watching) continue;
-        const int period = watch.EndOfSweep();
+        const int period = watch.EndOfSweep(sweep);
         if (period == 0) continue;
         for (int left = (NumVertices - 1 - sweep) % period; left > 0; --left) {
             if (SweepOnce(checkFan, nullptr) == 0) return;

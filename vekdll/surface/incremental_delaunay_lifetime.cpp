@@ -66,6 +66,9 @@ void ZrCIncrementalDelaunay2D::ReturnToFinalizedState(bool wasFinalized)
 // in their order.
 void ZrCIncrementalDelaunay2D::FinalizeTriangleList()
 {
+    // The search index serves the working list only; it is rebuilt when the
+    // triangles come back, so its memory goes now, before the lists move.
+    WorkingIndex.reset();
     ReleaseRetiredTriangles();
     ClearFinalTriangleList();
     CopyTriangleListInList(&TriangleList, &FinalList);

@@ -12,19 +12,18 @@
 namespace {
 
 using vek::detail::kOnEdgeTolerance;
-using vek::detail::SideValue;
 
 // The three cross values of p against the sides 0, 1, 2 of a triangle.
 struct SideValues {
     float f[3];
 };
 
-SideValues SideValuesOf(const SSEPoint* vertices, const t_hdelaunaytriangle* triangle, const SSEPoint& p)
+SideValues SideValuesOf(const ZrCIncrementalDelaunay2D& d, const t_hdelaunaytriangle* triangle, const SSEPoint& p)
 {
-    const SSEPoint& a = vertices[triangle->Vertex[0]];
-    const SSEPoint& b = vertices[triangle->Vertex[1]];
-    const SSEPoint& c = vertices[triangle->Vertex[2]];
-    return {{SideValue(a, b, p), SideValue(b, c, p), SideValue(c, a, p)}};
+    const SSEPoint& a = *d.GetVertexPtr(triangle->Vertex[0]);
+    const SSEPoint& b = *d.GetVertexPtr(triangle->Vertex[1]);
+    const SSEPoint& c = *d.GetVertexPtr(triangle->Vertex[2]);
+    return {{d.SideTest(a, b, p), d.SideTest(b, c, p), d.SideTest(c, a, p)}};
 }
 
 bool WithinTolerance(float f)
@@ -47,7 +46,7 @@ EPointWhere ZrCIncrementalDelaunay2D::PointWhere(float x, float y, const t_hdela
     if (triangle == nullptr) return ePointOutside;
     SSEPoint p;
     p.sse = _mm_setr_ps(x, y, 0.0f, 0.0f);
-    const SideValues values = SideValuesOf(Vertices, triangle, p);
+    const SideValues values = SideValuesOf(*this, triangle, p);
     const bool counterClockwise = GetOrientation(triangle) == 1;
     bool beyond[3];
     bool on[3];
@@ -72,7 +71,7 @@ t_hdelaunaytriangle* ZrCIncrementalDelaunay2D::FindTriangleFromCoords(float x, f
     for (POSITION pos = FinalList.GetHeadPosition(); pos != nullptr;) {
         t_hdelaunaytriangle* triangle = FinalList.GetNext(pos);
         if (triangle == nullptr) continue;
-        const SideValues v = SideValuesOf(Vertices, triangle, p);
+        const SideValues v = SideValuesOf(*this, triangle, p);
         const bool insideCounterClockwise =
             v.f[0] > kOnEdgeTolerance && v.f[1] > kOnEdgeTolerance && v.f[2] > kOnEdgeTolerance;
         const bool insideClockwise =
@@ -149,7 +148,7 @@ bool ZrCIncrementalDelaunay2D::Visible(int v, const t_hdelaunaytriangle* triangl
     if (triangle == nullptr || side < 0 || side > 2) return false;
     const SSEPoint& start = Vertices[triangle->Vertex[side]];
     const SSEPoint& end = Vertices[triangle->Vertex[(side + 1) % 3]];
-    return SideValue(start, end, Vertices[v]) < 0.0f;
+    return SideTest(start, end, Vertices[v]) < 0.0f;
 }
 
 float ZrCIncrementalDelaunay2D::Visibility(const t_hdelaunaytriangle* a, const t_hdelaunaytriangle* b)

@@ -2,6 +2,7 @@
 
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
+#include "vekdll/planar/planar_predicates.h"
 #include "vekdll/platform/c_list.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 #include "vekdll/surface/border_chain_count.h"
@@ -111,6 +112,23 @@ public:
     static void FindTrianglesWithCommonVertex(int vertex, Triangle* triangle, int side, TriangleListType* list);
     static bool FindTrianglesWithCommonVertex(int vertex, Triangle* triangle, int side, int other);
     static bool CheckCommonEdge(Triangle* triangle, int a, int b);
+
+    // ---- how geometric decisions are taken (triangle_graph_predicates.inl)
+    // Tolerant (the default): float arithmetic against the absolute on-edge
+    // tolerance of 0.005 on twice an area, and the float circle of each
+    // record. Exact: the exact signs of the orientation and in-circle
+    // determinants of the float coordinates, so that the decisions never
+    // contradict each other and the result is a Delaunay triangulation of
+    // any input. Triangles are then counter-clockwise, and a point on a
+    // circle is not inside it. Setting the mode between insertions is safe;
+    // the search index is rebuilt for it.
+    void SetPredicates(vek::PlanarPredicates how);
+    vek::PlanarPredicates GetPredicates() const { return Predicates; }
+    // The side test of p against the side from s to e: in the tolerant mode
+    // the float cross value (twice the signed area, positive to the left);
+    // in the exact mode its exact sign as -1, 0 or 1, which every use of
+    // the value (beyond the tolerance, within it) then reads exactly.
+    float SideTest(const SSEPoint& s, const SSEPoint& e, const SSEPoint& p) const;
 
     // ---- orientation and flips (triangle_graph_flips.inl)
     int GetOrientation(const Triangle* triangle) const;
@@ -494,6 +512,7 @@ protected:
 
     TriangleListType TriangleList{10};
     std::unique_ptr<detail::WorkingListIndex<Triangle>> WorkingIndex;
+    vek::PlanarPredicates Predicates = vek::PlanarPredicates::Tolerant;
 
     // ---- state of a combination of two surfaces
     // The first vertex of the surface copied in last: below it the vertices

@@ -11,6 +11,7 @@
 #include "vekdll/surface/triangle_graph_geometry.inl"
 #include "vekdll/surface/triangle_graph_links.inl"
 #include "vekdll/surface/triangle_graph_mask_removal.inl"
+#include "vekdll/surface/triangle_graph_predicates.inl"
 #include "vekdll/surface/triangle_graph_records.inl"
 #include "vekdll/surface/triangle_graph_refinement.inl"
 #include "vekdll/surface/triangle_graph_removal.inl"

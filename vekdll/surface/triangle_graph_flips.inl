@@ -18,9 +18,9 @@ int TriangleGraph<D, T, E>::GetOrientation(const T* triangle) const
     const SSEPoint& a = Vertices[triangle->Vertex[0]];
     const SSEPoint& b = Vertices[triangle->Vertex[1]];
     const SSEPoint& c = Vertices[triangle->Vertex[2]];
-    const float fromA = detail::SideValue(a, b, c);
-    const float fromB = detail::SideValue(b, c, a);
-    const float fromC = detail::SideValue(c, a, b);
+    const float fromA = SideTest(a, b, c);
+    const float fromB = SideTest(b, c, a);
+    const float fromC = SideTest(c, a, b);
     const float limit = detail::kOnEdgeTolerance;
     return fromA > limit && fromB > limit && fromC > limit ? 1 : -1;
 }

@@ -68,11 +68,18 @@ void TriangleGraph<D, T, E>::DeleteAllTriangles(TriangleListType& list)
 namespace detail {
 
 // Moves the pointers: each non-null entry goes to the tail of `to` and
-// leaves `from`. Null entries stay where they are.
+// leaves `from`. Null entries stay where they are. Into an empty list, and
+// with no null entry to leave behind, the two lists simply exchange their
+// nodes, which costs no memory (a whole working list moves this way when a
+// triangulation is finalized).
 template <class Record>
 void MoveRecords(CList<Record*>* from, CList<Record*>* to)
 {
-    if (from == nullptr || to == nullptr) return;
+    if (from == nullptr || to == nullptr || from == to) return;
+    if (to->IsEmpty() && from->Find(nullptr) == nullptr) {
+        to->Swap(*from);
+        return;
+    }
     for (POSITION pos = from->GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
         Record* record = from->GetNext(pos);

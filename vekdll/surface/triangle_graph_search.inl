@@ -11,10 +11,8 @@ namespace vek {
 
 namespace detail {
 
-// The box of the finite x-y positions of `vertices`, widened by a quarter
-// of its size on each side (and by 1 where it is flat), so that points
-// inserted a little outside do not force a new grid at once.
-inline PlaneBox WidenedBoxOf(const SSEPoint* vertices, int count, double x, double y)
+// The box of the finite x-y positions of `vertices` and of (x, y).
+inline PlaneBox BoxOf(const SSEPoint* vertices, int count, double x, double y)
 {
     PlaneBox box{HUGE_VAL, HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
     const auto take = [&box](double px, double py) {
@@ -26,9 +24,20 @@ inline PlaneBox WidenedBoxOf(const SSEPoint* vertices, int count, double x, doub
     };
     for (int i = 0; i < count; ++i) take(vertices[i].x, vertices[i].y);
     take(x, y);
-    if (box.IsEmpty()) return PlaneBox{0.0, 0.0, 1.0, 1.0};
-    const double marginX = std::max(0.25 * (box.maxX - box.minX), 1.0);
-    const double marginY = std::max(0.25 * (box.maxY - box.minY), 1.0);
+    return box.IsEmpty() ? PlaneBox{0.0, 0.0, 1.0, 1.0} : box;
+}
+
+// `box` widened by a quarter of its size on each side, so that points
+// inserted a little outside do not force a new grid at once. A box that is
+// flat in one direction is widened there as in the other, and a point by a
+// millionth of its distance from the origin (or by 1 at the origin).
+inline PlaneBox Widened(const PlaneBox& box)
+{
+    const double size = std::max(box.maxX - box.minX, box.maxY - box.minY);
+    const double magnitude = std::max({std::fabs(box.minX), std::fabs(box.maxX), std::fabs(box.minY), std::fabs(box.maxY)});
+    const double margin = size > 0.0 ? 0.25 * size : (magnitude > 0.0 ? 1.0e-6 * magnitude : 1.0);
+    const double marginX = margin;
+    const double marginY = margin;
     return PlaneBox{box.minX - marginX, box.minY - marginY, box.maxX + marginX, box.maxY + marginY};
 }
 
@@ -48,7 +57,8 @@ detail::WorkingListIndex<T>* TriangleGraph<D, T, E>::SearchIndexAt(double x, dou
         detail::WorkingListIndex<T>& index = *WorkingIndex;
         if (!index.InStepWith(TriangleList) || index.Overfull() || !index.Covers(x, y)) {
             const int expected = std::max(NumVertices, static_cast<int>(TriangleList.GetCount() / 2));
-            index.Rebuild(TriangleList, detail::WidenedBoxOf(Vertices, NumVertices, x, y), expected,
+            const detail::PlaneBox spread = detail::BoxOf(Vertices, NumVertices, x, y);
+            index.Rebuild(TriangleList, detail::Widened(spread), spread, expected,
                           [this](const T* t) { return Self().IndexedCircleOf(t); });
         }
         return &index;

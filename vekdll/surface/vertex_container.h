@@ -116,4 +116,7 @@ private:
     std::uint64_t VertexWrites = 0;
     // The lowest index AppendVertex has written since the index last followed.
     mutable int AppendedFrom = 0;
+    // Look-ups answered by walking before the index is built: a store asked
+    // a few times (the corners of a new triangulation) never pays for one.
+    mutable int WalkedLookups = 0;
 };

@@ -21,7 +21,11 @@ vek::detail::VertexIndex* ZrCSSEVertexContainer::FollowedIndex() const
         Lookup.reset();
         return nullptr;
     }
-    if (!Lookup) Lookup = std::make_unique<vek::detail::VertexIndex>();
+    constexpr int kWalksBeforeIndex = 8;
+    if (!Lookup) {
+        if (++WalkedLookups <= kWalksBeforeIndex) return nullptr;
+        Lookup = std::make_unique<vek::detail::VertexIndex>();
+    }
     Lookup->Follow(Vertices, NumVertices, AppendedFrom, VertexWrites);
     AppendedFrom = NumVertices;
     return Lookup.get();

@@ -49,7 +49,10 @@ class WorkingListIndex {
 public:
     using List = CList<T*>;
 
-    bool InStepWith(const List& list) const { return built_ && list.GetChangeCount() == expectedChanges_; }
+    bool InStepWith(const List& list) const
+    {
+        return built_ && list.GetChangeCount() == expectedChanges_ && nextStamp_ < kLastStamp;
+    }
     bool Covers(double x, double y) const { return grid_.Covers(x, y); }
     // Whether so many triangles have come on since the last rebuild that the
     // grid's cells have grown too full for their size.
@@ -59,6 +62,7 @@ public:
     void Drop()
     {
         built_ = false;
+        nextStamp_ = 0;
         slots_.clear();
         freeSlots_.clear();
         border_.clear();
@@ -67,14 +71,18 @@ public:
     }
 
     // Registers every triangle of `list` in list order, over a grid laid on
-    // `box` with cells for about `vertices` well-spread vertices.
+    // `box`, with cells for `vertices` well-spread vertices in `spread`.
     // circleOf(const T*) gives the IndexedCircle of a triangle.
     template <class CircleOf>
-    void Rebuild(List& list, const PlaneBox& box, int vertices, CircleOf&& circleOf)
+    void Rebuild(List& list, const PlaneBox& box, const PlaneBox& spread, int vertices, CircleOf&& circleOf)
     {
         Drop();
         designVertices_ = static_cast<std::size_t>(std::max(vertices, 1));
-        grid_.Reset(box.minX, box.minY, box.maxX, box.maxY, CellSizeFor(box, designVertices_));
+        // A triangulation of n vertices holds about 2n triangles: room for
+        // them at once, rather than a table that doubles (and for a moment
+        // stands three times) as it grows.
+        slots_.reserve(std::max(2 * designVertices_ + 16, static_cast<std::size_t>(list.GetCount())));
+        grid_.Reset(box.minX, box.minY, box.maxX, box.maxY, CellSizeFor(box, spread, designVertices_));
         for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
             const POSITION current = pos;
             T* triangle = list.GetNext(pos);
@@ -171,28 +179,35 @@ public:
 
 private:
     static constexpr std::int32_t kNotInBorder = -1;
+    // Stamps are 32 bits, to keep a slot at 32 bytes; when they run out the
+    // index counts as out of step, and the rebuild stamps afresh from 0.
+    static constexpr std::uint32_t kLastStamp = 0xFFFFFFF0u;
 
     struct Slot {
         T* triangle = nullptr;
         POSITION position = nullptr;
-        std::uint64_t stamp = 0;
-        GridPlace place;
+        std::uint32_t stamp = 0;
         std::int32_t borderAt = kNotInBorder;
+        GridPlace place;
     };
 
-    // About two spacings of well-spread vertices, so that most circles fit
-    // the finest level; never so small that a level would have more cells
-    // than vertices, nor below the resolution of the coordinates.
-    static double CellSizeFor(const PlaneBox& box, std::size_t vertices)
+    // About two spacings of `vertices` well spread over `spread`, so that
+    // most circles fit the finest level; never below the resolution of the
+    // coordinates, and never so small that the grid over `box` would have
+    // more cells than a few per vertex.
+    static double CellSizeFor(const PlaneBox& box, const PlaneBox& spread, std::size_t vertices)
     {
-        const double width = box.maxX - box.minX;
-        const double height = box.maxY - box.minY;
+        const double width = spread.maxX - spread.minX;
+        const double height = spread.maxY - spread.minY;
         const double n = static_cast<double>(vertices);
         const double magnitude = std::max({std::fabs(box.minX), std::fabs(box.maxX), std::fabs(box.minY),
                                            std::fabs(box.maxY)});
+        const double mostCells = 4.0 * n + 4096.0;
+        const double boxWidth = box.maxX - box.minX;
+        const double boxHeight = box.maxY - box.minY;
         double cell = 2.0 * std::sqrt(width * height / n);
-        cell = std::max(cell, 2.0 * std::max(width, height) / n);
-        cell = std::max(cell, magnitude * 1.0e-9);
+        cell = std::max({cell, 2.0 * std::max(width, height) / n, magnitude * 1.0e-9,
+                         std::sqrt(boxWidth * boxHeight / mostCells), std::max(boxWidth, boxHeight) / mostCells});
         return cell > 0.0 && std::isfinite(cell) ? cell : 1.0;
     }
 
@@ -271,7 +286,7 @@ private:
     std::vector<std::uint32_t> freeSlots_;
     std::vector<std::uint32_t> border_;
     std::vector<std::uint32_t> candidates_;
-    std::uint64_t nextStamp_ = 0;
+    std::uint32_t nextStamp_ = 0;
     std::uint64_t expectedChanges_ = 0;
     std::size_t designVertices_ = 1;
     std::size_t inUse_ = 0;
