@@ -54,3 +54,8 @@ struct VEKDLL_API t_AffectedDelaunayTriangles {
     bool Corner[3];
     std::int32_t CornerCount;
 };
+
+template <>
+struct vek::AffectedRecordOf<t_hdelaunaytriangle> {
+    using type = t_AffectedDelaunayTriangles;
+};

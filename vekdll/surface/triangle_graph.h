@@ -11,7 +11,9 @@
 #include "vekdll/surface/vertex_container.h"
 #include "vekdll/surface/working_list_index.h"
 
+#include <cstdint>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 class CSSEMatrix;
@@ -43,7 +45,13 @@ concept HasOutsideFlag = requires(T t) { t.Outside; };
 // further need SelectionList() (where a flood lists what it selects),
 // CompareVertexXY, ComputeNormalVectorsOfTriangles, CalcNormalDirection and
 // the constants kMidPointNearGap, kMidPointWideGap and
-// kBorderDistanceSearchStart, in which the two triangulations differ.
+// kBorderDistanceSearchStart, in which the two triangulations differ. The
+// record type names its record of corners in conflict with a raster by a
+// specialisation of AffectedRecordOf. For records with a circle, the
+// refinement further calls PointWhere(x, y, triangle),
+// InsertVertexIntoTriangulation(index),
+// InsertVertexIntoTriangulationNoExterior(index) and
+// IsolateTrianglesWithoutNeighbour.
 //
 // The member definitions live in triangle_graph_*.inl and are compiled into
 // the library by one explicit instantiation per triangulation class.
@@ -264,10 +272,190 @@ public:
     // `distance` from the polygon points around `index`; `to` - 0.5 if none.
     static void ShiftVertexWithDistanceInInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to, float distance,
                                                   CSSE3dPolygon& polygon, int index);
+    // The same walk, but of the places at least `distance` away it takes the
+    // one that comes nearest to `distance`: the corner keeps as close to the
+    // polygon as the clearance allows.
+    static void ShiftVertexWithDistanceInIntervalMinimize(SSEPoint& from, SSEPoint& result, SSEPoint& to,
+                                                          float distance, CSSE3dPolygon& polygon, int index);
     // Collapses the shortest side of each triangle of `triangles` that is
     // neither all short nor all long; true if any was collapsed.
     bool CheckCollaborateTriangles(TriangleListType* triangles, float minLength, float maxLength);
     void CollaborateTrianglesOnEdge(Triangle* triangle, ESharedSide side);
+
+    // ---- refinement against raster fields (triangle_graph_refinement.inl)
+    // Each operation walks the triangles of the moment and inserts what it
+    // found afterwards (or into a list of its own), so that it never changes
+    // the list it walks. Fields are read at cells: a coordinate plus 0.5,
+    // truncated and clamped to the field. Those that insert through the
+    // circumcircle search exist for records with a circle and do nothing for
+    // others. `finalize` leaves the object finalized at the end.
+    //
+    // Every cell with a non-zero mask becomes a vertex at the height of
+    // `height` there, unless a vertex lies within 0.5 in x-y; one that no
+    // triangle takes is dropped again. With `cellCorners` the samples lie
+    // inside the cells whose four corners carry the mask: the cell's centre,
+    // or with `sampling` other than 1 also the points a quarter in from its
+    // corners, kept 0.249 apart, at bilinear heights. The store must have
+    // room: a vertex it cannot take is lost.
+    void DistanceImageInsertPoints(CSSEMatrix* mask, CSSEMatrix* height, bool cellCorners, int sampling,
+                                   bool finalize);
+    // Stores, for each inner triangle (neither Outside nor Border) whose
+    // centroid, rounded to a cell, lies inside it on a non-zero mask cell,
+    // the point at that cell with the field's height when two corners, or a
+    // corner and the field, differ in height by more than `limit`; then
+    // inserts them. The store must have room.
+    void HighDerivationInsertPoints(CSSEMatrix* height, CSSEMatrix* mask, float limit, bool finalize);
+    // The same test, splitting at once into three around the cell point,
+    // the store grown by 50 where full. A triangle is left alone where the
+    // mask holds its background value (its maximum with `legalize`, else its
+    // minimum) or where the field stands more than 5.0 away from the
+    // centroid. With `legalize` obtuse pairs are flipped afterwards.
+    void HighDerivationInsertPoints(CSSEMatrix* height, CSSEMatrix* mask, bool legalize, float limit,
+                                    bool finalize);
+    // For triangles steeper than 20 degrees, whose corners a height test as
+    // above would always split: only where the field bends away from the
+    // triangle, that is where `curvature` (a second derivative of the
+    // field) exceeds 5.0 in magnitude and the field misses the centroid by
+    // more than 2.0, besides the test with `limit`. True if any vertex was
+    // stored; no vertex is stored twice.
+    bool SecondHighDerivationInsertPoints(CSSEMatrix* height, CSSEMatrix* mask, CSSEMatrix* curvature, float limit,
+                                          bool finalize);
+    // In `iterations` rounds splits at the centroid every triangle with a
+    // side of at least `limit` in 3D and all sides longer than 1.0, except
+    // thin slivers; before and after each round obtuse pairs are flipped and
+    // sides that have shrunk to nothing are collapsed.
+    void HighEdgeLengthInsertPoints(float limit, int iterations, bool finalize = false);
+    // The side test above, at a cell centroid with the field tests of the
+    // second HighDerivationInsertPoints.
+    void HighEdgeLengthInsertPoints(CSSEMatrix* height, CSSEMatrix* mask, bool legalize, float limit,
+                                    bool finalize);
+    // Rounds of centroid insertion into inner triangles whose sides are all
+    // longer than `limit` in x-y and whose corners differ in height by more
+    // than `margin`, until a round adds nothing. The forms with fields also
+    // want the rounded centroid inside the triangle on non-zero cells.
+    void RefineTriangulation(float limit, int iterations, float margin);
+    void RefineTriangulation(CSSEMatrix* field, float limit, int iterations, float margin);
+    void RefineTriangulation(CSSEMatrix* first, CSSEMatrix* second, float limit, int iterations, float margin);
+    // Lays vertices along the open sides of Border triangles, every
+    // min(length / 10, 0.1) where the mask is set and no vertex lies within
+    // 0.5, at the field's height; at most `count` of them.
+    void RefineBorderTriangulationConstrained(CSSEMatrix* height, CSSEMatrix* mask, int count);
+    // The distance over four lanes from `point` to the line through the two
+    // others; -1 where those lie closer than 0.001.
+    static float CalcDistancePointLine(const SSEPoint& point, const SSEPoint& lineStart, const SSEPoint& lineEnd);
+    // The least 3D distance from `point` to samples that start at the side's
+    // first vertex and step by min(length / 10, 0.1) in every lane at once
+    // (a diagonal of the axes, not the side), and to the side's end vertex;
+    // -1 for no triangle, no such side or a side of no length.
+    float CalcDisPointToEdge(const Triangle* triangle, int side, const SSEPoint& point) const;
+
+    // ---- subdivision (triangle_graph_subdivision.inl)
+    // Splits each side of the listed triangles (of the working list) that
+    // is longer than `limit` in x-y (every side for a limit of 0 or less) at
+    // its mid-point, which is stored once and takes its height from `field`
+    // where that holds a value. Each triangle with split sides is replaced
+    // by two, three or four; a neighbour across a split side is split too,
+    // so that no vertex hangs on a side. `list` then names the pieces of its
+    // triangles, and `pieces`, if given, receives one new list of the pieces
+    // of each listed triangle (the caller owns them). Repeats for at most
+    // `rounds` rounds while a side is longer than `limit`.
+    void DevideTrianglesFromList(CList<TriangleListType*>* pieces, int limit, CSSEMatrix* field,
+                                 TriangleListType* list, int rounds);
+
+    // ---- triangles that meet a newer raster (triangle_graph_critical.inl)
+    using AffectedRecord = typename AffectedRecordOf<Triangle>::type;
+    using AffectedListType = CList<AffectedRecord*>;
+    // Sorts the triangles near the box of `polygon` (grown by 2.0) by a
+    // raster of heights taken from above (MaxImg) or below (MinImg), read
+    // in coordinates centred on the field. A corner is critical where the
+    // raster holds data, the mask is set and the corner stands near the
+    // raster's surface. Triangles steeper than 50 degrees against
+    // `direction` (lane 0 of both left out with `flag`, else lane 1) and
+    // those without a critical corner go to `clean`; with all three corners
+    // critical a triangle is marked Ignore; otherwise a new record with its
+    // critical corners goes to `affected`. The y of every critical corner
+    // widens minZ .. maxZ.
+    void FindCriticalTriangleListMaxImg(TriangleListType* clean, AffectedListType* affected, float& minZ,
+                                        float& maxZ, CSSEMatrix* height, CSSEMatrix* mask, CSSE3dPolygon* polygon,
+                                        const SSEPoint& direction, bool flag);
+    void FindCriticalTriangleListMinImg(TriangleListType* clean, AffectedListType* affected, float& minZ,
+                                        float& maxZ, CSSEMatrix* height, CSSEMatrix* mask, CSSE3dPolygon* polygon,
+                                        const SSEPoint& direction, bool flag);
+    // The same test for the triangles of `clean`, on corners turned about x
+    // by `angle`, for a raster taken from another view: a triangle that is
+    // critical there leaves `clean`. `view` names that view; the turn is
+    // `angle`.
+    void CheckCriticalTriangleListMaxImg(float angle, AffectedListType* affected, CSSEMatrix* field,
+                                         CSSEMatrix* mask, const SSEPoint& direction, TriangleListType* clean,
+                                         float& minZ, float& maxZ, EDirection view, bool flag);
+    void CheckCriticalTriangleListMinImg(float angle, AffectedListType* affected, CSSEMatrix* field,
+                                         CSSEMatrix* mask, const SSEPoint& direction, TriangleListType* clean,
+                                         float& minZ, float& maxZ, EDirection view, bool flag);
+    // Tests the corners of the records in `affected` that are not critical
+    // yet against this raster, and marks the flags of those that are; a
+    // triangle with all three flags is marked Ignore.
+    void CheckAffectedTrianglesMaxImg(AffectedListType* affected, CSSEMatrix* field, CSSEMatrix* mask,
+                                      const SSEPoint& direction, bool flag);
+    void CheckAffectedTrianglesMinImg(AffectedListType* affected, CSSEMatrix* field, CSSEMatrix* mask,
+                                      const SSEPoint& direction, bool flag);
+    // The three views in order: straight, then turned by +1.5707964 and by
+    // -1.5707964 about x, each with its own entries (eViewMinus90 = 1,
+    // eViewPlus90 = 2) of minima and maxima, which start at 99999.9 and
+    // -99999.9.
+    void FindAffectedTriangles(AffectedListType* affected, TriangleListType* clean, CSSE3dPolygon* polygon,
+                               CSSEMatrix* heightStraight, CSSEMatrix* heightMinus, CSSEMatrix* heightPlus,
+                               CSSEMatrix* maskStraight, CSSEMatrix* maskMinus, CSSEMatrix* maskPlus, float* minima,
+                               float* maxima, bool useMax, bool flag);
+    // Frees the records of `affected` (not their triangles) and empties it.
+    static void ClearAffectedList(AffectedListType* affected);
+
+    // ---- deleting what a newer raster contradicts (triangle_graph_area_deletion.inl)
+    // The three rasters of each kind come in the order straight, minus 90,
+    // plus 90. Triangles near the rasters' data are found as by
+    // FindAffectedTriangles; in the band of y they span in each view, the
+    // triangles whose corner stands beyond the newer surface (above it for
+    // maxima, below for minima) are confirmed by masks of the rasters and go
+    // out, and what is left sticking out is peeled away. `flag` serves as in
+    // FindAffectedTriangles and chooses the sense of the turns.
+    void DeleteTrianglesInArea(CSSE3dPolygon polygon, CSSEMatrix* heightStraight, CSSEMatrix* heightMinus,
+                               CSSEMatrix* heightPlus, CSSEMatrix* maskStraight, CSSEMatrix* maskMinus,
+                               CSSEMatrix* maskPlus, bool useMax, bool flag);
+    // For the views at 0, -1.5707964 and +1.5707964 in turn, the area test
+    // on `triangles` and then on `affected`, between from[k] and to[k].
+    void FindAffectedTrianglesInArea(AffectedListType* affected, TriangleListType* triangles,
+                                     CSSEMatrix* heightStraight, CSSEMatrix* heightMinus, CSSEMatrix* heightPlus,
+                                     CSSEMatrix* maskStraight, CSSEMatrix* maskMinus, CSSEMatrix* maskPlus,
+                                     float* from, float* to, bool useMax, bool turnForward);
+    // With all vertices turned about x by `angle` (in the sense of
+    // RotateVertexX with `turnForward`, else the other), the first corner of
+    // each triangle with from < y < to is tested: where the raster holds
+    // data, the mask is set and the corner stands more than 0.001 beyond the
+    // raster's surface, the triangle is marked Ignore, or, in the Affected
+    // forms, the corner is recorded. The vertices are turned back at the end.
+    void DeleteInAreaTrianglesMaxImg(TriangleListType* triangles, CSSEMatrix* field, CSSEMatrix* mask, float from,
+                                     float to, float angle, bool turnForward);
+    void DeleteInAreaTrianglesMinImg(TriangleListType* triangles, CSSEMatrix* field, CSSEMatrix* mask, float from,
+                                     float to, float angle, bool turnForward);
+    void DeleteInAreaAffectedTrianglesMaxImg(AffectedListType* affected, CSSEMatrix* field, CSSEMatrix* mask,
+                                             float from, float to, float angle, EDirection view, bool turnForward);
+    void DeleteInAreaAffectedTrianglesMinImg(AffectedListType* affected, CSSEMatrix* field, CSSEMatrix* mask,
+                                             float from, float to, float angle, EDirection view, bool turnForward);
+    // 1.0 where `source` exceeds its minimum (below its maximum with
+    // `flag`), 0 elsewhere; minimum and maximum as CalcMinMaxValues finds them.
+    static void BuildMaskFromMatrix(CSSEMatrix* source, CSSEMatrix* mask, bool flag);
+
+    // ---- cutting by a mask or a cap (triangle_graph_mask_removal.inl)
+    // Takes out every triangle with a corner on a non-zero cell of `mask`,
+    // and closes each hole that is bounded by the remaining surface alone
+    // again with flat triangles over its rim, divided where sides are longer
+    // than 10; a cut that reaches the outer border stays open.
+    void RemoveAllTrianglesInMaskAreaAndRetriangulate(CSSEMatrix* mask);
+    // Takes out the triangles under a cap outlined by `polygon` in space:
+    // near its box (10.0), turned with the polygon projected on them into
+    // the polygon's plane (`flag` turns towards -z), and sampled against its
+    // inner area; with `other`, only those that face the way `other` faces.
+    // CheckTrianglesForDelete finishes the cut.
+    void DeleteTrianglesInCap(CSSE3dPolygon* polygon, Derived* other, bool flag);
 
 protected:
     TriangleGraph() = default;
@@ -300,6 +488,9 @@ protected:
     void BoxOfCorners(const TriangleListType& list, SSEPoint& min, SSEPoint& max) const;
     // The inner angle at `at` between the rays to p and q, in 3D, by acosf.
     static float InnerAngle(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q);
+    // Its cosine, from the two unit rays over four lanes; rounding may carry
+    // it a little beyond -1 .. 1.
+    static float InnerAngleCosine(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q);
 
     // Recomputes the circle of records that have one.
     void RefreshCircle(Triangle* triangle);
@@ -383,6 +574,66 @@ protected:
     // Chains every loop of `open` (emptying it) and moves the chosen one to
     // `result`; see GetBorderOfCombinedTriangulationApdated.
     void ChooseBorderLoop(EdgeListType& open, EdgeListType* result, TriangleListType* triangles);
+    // Walks from `from` towards `to` for ShiftVertexWithDistanceInInterval
+    // (the first clear place) and its Minimize form (`closest`).
+    static void ShiftAlongInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to, float distance,
+                                   CSSE3dPolygon& polygon, int index, bool closest);
+
+    // ---- helpers of the refinement
+    std::vector<Triangle*> TrianglesOfTheMoment() const;
+    // Neither Outside nor Border, for records that have those flags.
+    static bool IsInnerTriangle(const Triangle* triangle);
+    // Grows the store by 50 where it is full.
+    void MakeRoomIfFull();
+    void InsertStoredVerticesFrom(int first);
+    bool InsertSampleInside(const SSEPoint& p, float tolerance);
+    bool CellCentroidInside(const Triangle* triangle, SSEPoint& centroid, float& cellX, float& cellY) const;
+    template <class Wants>
+    void SplitAtCellCentroids(CSSEMatrix* height, CSSEMatrix* mask, bool legalize, bool finalize, Wants wants);
+    bool HasLongSides(const Triangle* triangle, float limit) const;
+    void FlipObtusePairs(TriangleListType& list);
+    void CollapseSlivers();
+    bool AllSidesLongerXY(const Triangle* triangle, float limit2) const;
+    void RefineInRounds(const CSSEMatrix* first, const CSSEMatrix* second, float limit, int iterations, float margin);
+
+    // ---- helpers of the subdivision; `freeSlots` names vertices that no
+    // triangle uses, to be taken for new points (the last first)
+    void DivideListedTriangles(CList<TriangleListType*>* pieces, int limit, CSSEMatrix* field, TriangleListType* list,
+                               int rounds, std::vector<int>* freeSlots);
+    bool DivideOnce(CList<TriangleListType*>* pieces, int limit, CSSEMatrix* field, TriangleListType& list,
+                    std::vector<int>* freeSlots);
+    int StoreVertexAt(const SSEPoint& p, std::vector<int>* freeSlots);
+    std::vector<Triangle*> PiecesAtMidPoints(const Triangle* triangle, const int mid[3]) const;
+    void FreeFromWorkingList(const std::unordered_set<Triangle*>& gone);
+
+    // ---- helpers of the raster tests; `maxImage` chooses the Max twin
+    static void ListAffected(AffectedListType& affected, Triangle* triangle, const bool (&critical)[3]);
+    void FindCriticalTriangles(bool maxImage, TriangleListType* clean, AffectedListType* affected, float& minZ,
+                               float& maxZ, CSSEMatrix* height, CSSEMatrix* mask, CSSE3dPolygon* polygon,
+                               const SSEPoint& direction, bool flag);
+    void CheckCriticalTriangles(bool maxImage, float angle, AffectedListType* affected, CSSEMatrix* field,
+                                CSSEMatrix* mask, const SSEPoint& direction, TriangleListType* clean, float& minZ,
+                                float& maxZ, bool flag);
+    void CheckAffectedTriangles(bool maxImage, AffectedListType* affected, CSSEMatrix* field, CSSEMatrix* mask,
+                                const SSEPoint& direction, bool flag);
+    void TurnVerticesAboutX(float angle, bool forward);
+    int ContradictedCornerInArea(const Triangle* triangle, float from, float to, const CSSEMatrix& field,
+                                 const CSSEMatrix& mask, float background, bool maxImage) const;
+    template <class Visit>
+    void InViewArea(bool maxImage, CSSEMatrix* field, CSSEMatrix* mask, float from, float to, float angle,
+                    bool turnForward, Visit visit);
+    void DeleteInAreaTriangles(bool maxImage, TriangleListType* triangles, CSSEMatrix* field, CSSEMatrix* mask,
+                               float from, float to, float angle, bool turnForward);
+    void DeleteInAreaAffectedTriangles(bool maxImage, AffectedListType* affected, CSSEMatrix* field,
+                                       CSSEMatrix* mask, float from, float to, float angle, bool turnForward);
+    void MarkConfirmedByMasks(TriangleListType& candidates, CSSEMatrix (&masks)[3], bool turnForward);
+
+    // ---- helpers of the cuts by a mask or a cap
+    static bool IsClosedHoleOf(const EdgeListType& loop, const std::unordered_set<std::uint64_t>& opened);
+    void CloseHole(const EdgeListType& loop, std::vector<int>& freeSlots);
+    SSEPoint UnitNormalOf(const Triangle* triangle) const;
+    static bool CapCoversTriangle(const SSEPoint& a, const SSEPoint& b, const SSEPoint& c, const SSEPoint& normal,
+                                  const CSSE3dPolygon& cap, bool invert);
 
 private:
     // One peeling pass over `list` (see CheckAndKillIgnored...): returns

@@ -2,17 +2,22 @@
 // compiled once into the library.
 
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/triangle_graph_area_deletion.inl"
 #include "vekdll/surface/triangle_graph_borders.inl"
 #include "vekdll/surface/triangle_graph_combination.inl"
+#include "vekdll/surface/triangle_graph_critical.inl"
 #include "vekdll/surface/triangle_graph_fan_walk.inl"
 #include "vekdll/surface/triangle_graph_flips.inl"
 #include "vekdll/surface/triangle_graph_geometry.inl"
 #include "vekdll/surface/triangle_graph_links.inl"
+#include "vekdll/surface/triangle_graph_mask_removal.inl"
 #include "vekdll/surface/triangle_graph_predicates.inl"
 #include "vekdll/surface/triangle_graph_records.inl"
+#include "vekdll/surface/triangle_graph_refinement.inl"
 #include "vekdll/surface/triangle_graph_removal.inl"
 #include "vekdll/surface/triangle_graph_search.inl"
 #include "vekdll/surface/triangle_graph_seam_clearance.inl"
 #include "vekdll/surface/triangle_graph_splits.inl"
+#include "vekdll/surface/triangle_graph_subdivision.inl"
 
 template class vek::TriangleGraph<ZrCIncrementalDelaunay2D, t_hdelaunaytriangle, t_hdelaunayedge>;

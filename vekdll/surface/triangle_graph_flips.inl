@@ -99,11 +99,17 @@ void TriangleGraph<D, T, E>::FlipSharedEdge(T* t, int side, T* n, int sideOfN)
 }
 
 template <class D, class T, class E>
-float TriangleGraph<D, T, E>::InnerAngle(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q)
+float TriangleGraph<D, T, E>::InnerAngleCosine(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q)
 {
     const __m128 toP = CSSEFns::normalizevector(_mm_sub_ps(p.sse, at.sse));
     const __m128 toQ = CSSEFns::normalizevector(_mm_sub_ps(q.sse, at.sse));
-    return std::acos(CSSEFns::scalarproduct(toP, toQ));
+    return CSSEFns::scalarproduct(toP, toQ);
+}
+
+template <class D, class T, class E>
+float TriangleGraph<D, T, E>::InnerAngle(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q)
+{
+    return std::acos(InnerAngleCosine(at, p, q));
 }
 
 // The angle flip for a surface: the shared side is flipped when the corner

@@ -18,14 +18,23 @@ int NullNeighbourCount(const T* triangle)
 
 namespace vek {
 
+// All marked triangles are unlinked before the first is freed: a marked
+// triangle that was split may still name a marked neighbour that no longer
+// names it (the neighbour was pointed at the split's pieces), and unlinking
+// must not read that neighbour after it has been freed.
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours, std::vector<T*>* holdBack)
 {
+    if (unlinkNeighbours) {
+        for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+            T* triangle = list.GetNext(pos);
+            if (triangle != nullptr && triangle->Ignore) UnlinkFromNeighbours(triangle);
+        }
+    }
     for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
         T* triangle = list.GetNext(pos);
         if (triangle == nullptr || !triangle->Ignore) continue;
-        if (unlinkNeighbours) UnlinkFromNeighbours(triangle);
         if (holdBack != nullptr)
             holdBack->push_back(triangle);
         else

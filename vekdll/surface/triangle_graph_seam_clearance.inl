@@ -70,26 +70,52 @@ void ForEachGrowing(CList<Record*>& list, Visit visit)
 
 namespace vek {
 
+// Walks from `from` towards `to` in steps of min(length / 5, 0.1) and
+// measures each place against the polygon points around `index`. The first
+// place at least `distance` away is taken, or with `closest` the one of
+// them that comes nearest to `distance` (the first of equal ones); where
+// none is, `to` - 0.5 in every lane.
 template <class D, class T, class E>
-void TriangleGraph<D, T, E>::ShiftVertexWithDistanceInInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to,
-                                                               float distance, CSSE3dPolygon& polygon, int index)
+void TriangleGraph<D, T, E>::ShiftAlongInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to, float distance,
+                                                CSSE3dPolygon& polygon, int index, bool closest)
 {
     const __m128 delta = _mm_sub_ps(to.sse, from.sse);
     const float length = CSSEFns::vectorlen(delta);
     const float step = std::min(length / 5.0f, 0.1f);
     const float steps = step > 0.0f ? length / step : 0.0f;
     const int n = std::isfinite(steps) ? static_cast<int>(steps) : 0;
+    // `result` may be `from` or `to`: it is written once, at the end.
+    SSEPoint kept;
+    kept.sse = _mm_sub_ps(to.sse, _mm_set1_ps(0.5f));
+    bool found = false;
+    float nearest = 0.0f;
     if (n >= 1) {
         const __m128 direction = _mm_mul_ps(_mm_div_ps(delta, _mm_set1_ps(length)), _mm_set1_ps(step));
-        for (int k = 1; k <= n; ++k) {
+        for (int k = 1; k <= n && !(found && !closest); ++k) {
             const SSEPoint p = detail::Along(from, direction, k);
-            if (detail::DistanceAroundIndex(polygon, p, index, D::kBorderDistanceSearchStart) >= distance) {
-                result = p;
-                return;
-            }
+            const float d = detail::DistanceAroundIndex(polygon, p, index, D::kBorderDistanceSearchStart);
+            if (!(d >= distance) || (found && !(d < nearest))) continue;
+            kept = p;
+            found = true;
+            nearest = d;
         }
     }
-    result.sse = _mm_sub_ps(to.sse, _mm_set1_ps(0.5f));
+    result = kept;
+}
+
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::ShiftVertexWithDistanceInInterval(SSEPoint& from, SSEPoint& result, SSEPoint& to,
+                                                               float distance, CSSE3dPolygon& polygon, int index)
+{
+    ShiftAlongInterval(from, result, to, distance, polygon, index, false);
+}
+
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::ShiftVertexWithDistanceInIntervalMinimize(SSEPoint& from, SSEPoint& result, SSEPoint& to,
+                                                                       float distance, CSSE3dPolygon& polygon,
+                                                                       int index)
+{
+    ShiftAlongInterval(from, result, to, distance, polygon, index, true);
 }
 
 template <class D, class T, class E>

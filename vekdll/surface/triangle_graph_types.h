@@ -29,3 +29,12 @@ enum EDirection : std::int32_t {
     eViewMinus90 = 1,
     eViewPlus90 = 2,
 };
+
+namespace vek {
+
+// The record that lists a triangle with corners in conflict with a raster,
+// for each triangle record; the records' headers specialise it.
+template <class Triangle>
+struct AffectedRecordOf;
+
+} // namespace vek
