@@ -37,13 +37,13 @@ TEST(TriangulateFieldArguments, OptionsDefaultsAndHelp)
                           o.keepLowest, o.meshFormat, o.images);
     };
     EXPECT_EQ(fields(ParseCommandLine({})), std::tuple(std::string(), std::string("out"), SurfaceMode::Adaptive, 10.0,
-                                                       5'000'000, 16000, 0.0, false, MeshFormat::Obj, true));
+                                                       5'000'000, 60000, 0.0, false, MeshFormat::Obj, true));
     EXPECT_EQ(fields(ParseCommandLine({"--points", "500", "in.pfm", "--cell-size", "2.5", "-o", "results", "--lowest",
                                        "--mesh-format", "ply", "--no-images", "--mode", "lattice"})),
               std::tuple(std::string("in.pfm"), std::string("results"), SurfaceMode::Lattice, 10.0, 5'000'000, 500,
                          2.5, true, MeshFormat::Ply, false));
     EXPECT_EQ(fields(ParseCommandLine({"--max-error", "0.25", "--max-vertices", "4", "--mode", "adaptive"})),
-              std::tuple(std::string(), std::string("out"), SurfaceMode::Adaptive, 0.25, 4, 16000, 0.0, false,
+              std::tuple(std::string(), std::string("out"), SurfaceMode::Adaptive, 0.25, 4, 60000, 0.0, false,
                          MeshFormat::Obj, true));
     EXPECT_EQ(ParseCommandLine({"-n", "3", "--mode", "lattice"}).points, 3);
     EXPECT_EQ(ParseCommandLine({"-e", "1e-3"}).maxError, 0.001);

@@ -27,7 +27,7 @@ struct Options {
     double maxError = kDefaultMaxError;
     int maxVertices = kDefaultMaxVertices;
     // The lattice mode: how many vertices to store, about.
-    int points = 16000;
+    int points = 60000;
     // The side of a cell in the units of the heights, so that slopes come
     // out true. 0: the input's own, from its georeference, or 30 for an
     // input without one (the bundled PGM's 30 m cells and metre heights).

@@ -157,9 +157,15 @@ RoadResult::~RoadResult() = default;
 RoadResult::RoadResult(RoadResult&&) noexcept = default;
 RoadResult& RoadResult::operator=(RoadResult&&) noexcept = default;
 
+// Exact predicates: a raster's rim puts whole-cell points hundreds of cells
+// apart on long lines, where the float decisions contradict each other. The
+// vertices are in cells of the raster from its lower left corner, so no
+// world coordinate meets the arithmetic; the writers apply the georeference.
 std::unique_ptr<ZrCIncrementalDelaunay2D> NewTriangulation()
 {
-    return std::make_unique<ZrCIncrementalDelaunay2D>();
+    auto triangulation = std::make_unique<ZrCIncrementalDelaunay2D>();
+    triangulation->SetPredicates(vek::PlanarPredicates::Exact);
+    return triangulation;
 }
 
 HeightGrid GridOf(const HeightRaster& input)
