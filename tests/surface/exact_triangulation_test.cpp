@@ -77,12 +77,17 @@ std::string Fault(ZrCIncrementalDelaunay2D& d)
     const std::vector<t_hdelaunaytriangle*> triangles = vek::test::Triangles(d.GetFinalList());
     PointSet points;
     std::vector<double> coordinates;
+    PointSet finitePoints; // a point at infinity belongs to no triangle and bounds no hull
     for (int i = 0; i < d.GetNumVertices(); ++i) {
         points.push_back({d.GetVertex(i).x, d.GetVertex(i).y});
-        coordinates.insert(coordinates.end(), {points.back().first, points.back().second});
+        const bool finite = std::isfinite(points.back().first) && std::isfinite(points.back().second);
+        coordinates.insert(coordinates.end(), {finite ? points.back().first : 0.0, finite ? points.back().second : 0.0});
+        if (finite) finitePoints.push_back(points.back());
     }
     const std::vector<ExactInteger> grid = OnCommonGrid(coordinates);
-    const std::vector<int> hull = Hull(points);
+    std::vector<int> hull;
+    for (const int h : Hull(finitePoints))
+        hull.push_back(static_cast<int>(std::find(points.begin(), points.end(), finitePoints[h]) - points.begin()));
     if (hull.size() < 3) return triangles.empty() ? "" : "triangles on points without area";
 
     if (const std::string links = vek::test::LinkFault(triangles); !links.empty()) return links;
@@ -120,7 +125,7 @@ std::string Fault(ZrCIncrementalDelaunay2D& d)
     const std::set<int> corners = vek::test::Corners(triangles);
     std::set<Point> covered;
     for (int c : corners) covered.insert(points[c]);
-    for (const Point& p : points) {
+    for (const Point& p : finitePoints) {
         if (covered.count(p) == 0) return "a distinct point left out";
     }
     return "";
@@ -165,6 +170,9 @@ TEST(ExactTriangulation, TheSetsThatDefeatFloatArithmetic)
     // Circles far beyond the float range: their squared distances overflow
     // a float, and the search must still hand them to the exact test.
     ExpectValid("float extremes", {{-6.515823e35, -6.515823e35}, {-6.515823e35, -6.515823e35}, {-2.3048907e-38, -2.9774709e38}});
+    // A point at infinity stays out of the box and of every triangle.
+    ExpectValid("a point at infinity", {{-1.7130389e38, 2.5742365e-35}, {-1.5170831e23, 3.2482457e-38},
+                                        {2.5578757e-35, -INFINITY}, {3.2482457e-38, -6.413116e18}});
 }
 
 TEST(ExactTriangulation, FamiliesAtEveryScale)

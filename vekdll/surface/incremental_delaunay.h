@@ -317,6 +317,7 @@ private:
     void InsertDuringTriangulate(int i);
     void StartNewTriangulation();
     bool StartFromBoxCorners(int corners[4]);
+    bool FiniteBox(SSEPoint& min, SSEPoint& max) const;
     bool StartFromFirstTriangle(int count, int corners[4]);
     void InsertAllVerticesExcept(int first, int count, const int* skip, int numSkip);
     // The walk of CalcAffectedTriangles over the whole working list.

@@ -78,9 +78,18 @@ bool ZrCIncrementalDelaunay2D::StartFromBoxCorners(int corners[4])
 {
     SSEPoint min;
     SSEPoint max;
-    const int lowerLeftVertex = MinPointIndex(min);
-    const int upperRightVertex = MaxPointIndex(max);
-    if (Predicates == vek::PlanarPredicates::Exact && !(min.x < max.x && min.y < max.y)) return false;
+    int lowerLeftVertex = -1;
+    int upperRightVertex = -1;
+    if (Predicates == vek::PlanarPredicates::Exact) {
+        // The box of the points at finite places: a point at infinity or
+        // not-a-number cannot be a corner of any triangle.
+        if (!FiniteBox(min, max) || !(min.x < max.x && min.y < max.y)) return false;
+        lowerLeftVertex = PointIndex(min);
+        upperRightVertex = PointIndex(max);
+    } else {
+        lowerLeftVertex = MinPointIndex(min);
+        upperRightVertex = MaxPointIndex(max);
+    }
     // The two other corners take their z from the same extreme as their x.
     SSEPoint upperLeft = min;
     upperLeft.y = max.y;
@@ -110,6 +119,21 @@ bool ZrCIncrementalDelaunay2D::StartFromBoxCorners(int corners[4])
     TriangleList.AddTail(lower);
     TriangleList.AddTail(upper);
     return true;
+}
+
+// The lane-wise extremes of the vertices whose x and y are finite; false if
+// there is none.
+bool ZrCIncrementalDelaunay2D::FiniteBox(SSEPoint& min, SSEPoint& max) const
+{
+    bool any = false;
+    for (int i = 0; i < NumVertices; ++i) {
+        const SSEPoint& v = Vertices[i];
+        if (!std::isfinite(v.x) || !std::isfinite(v.y)) continue;
+        min.sse = any ? _mm_min_ps(min.sse, v.sse) : v.sse;
+        max.sse = any ? _mm_max_ps(max.sse, v.sse) : v.sse;
+        any = true;
+    }
+    return any;
 }
 
 // The exact mode's first triangle: the first vertex at a finite place, the
