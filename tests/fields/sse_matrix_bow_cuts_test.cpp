@@ -36,26 +36,26 @@ TEST(CSSEMatrixBowCuts, TheLeftFormsClearFromTheBowDownAndTheRightFormDownToIt)
     EXPECT_EQ(RowsOf(m), Columns(10, 12, std::vector<std::pair<int, int>>(9, {4, 11})));
     EXPECT_EQ(bow.GetNumPoints(), 18); // resampled in place to a spacing of 0.5
 
-    m = Ones(10, 12);
-    bow = PolygonOf({{0, 3}, {9, 3}});
+    Replace(m, Ones(10, 12));
+    Fill(bow, {{0, 3}, {9, 3}});
     m.RemoveImageValuesLeftOfOpenBow(bow, 0.0f, -2);
     EXPECT_EQ(RowsOf(m), Columns(10, 12, std::vector<std::pair<int, int>>(9, {2, 10})));
     // With 10 rows processed the bow stands k = 7 rows higher up.
-    m = Ones(10, 12);
+    Replace(m, Ones(10, 12));
     m.SetRowProcessed(10);
-    bow = PolygonOf({{0, 3}, {9, 3}});
+    Fill(bow, {{0, 3}, {9, 3}});
     m.RemoveImageValuesLeftOfOpenBow(bow, 0.0f, 0);
     EXPECT_EQ(RowsOf(m), Columns(10, 12, std::vector<std::pair<int, int>>(9, {10, 11})));
 
     // The right form: 3 rows from row k + shift = 1.
-    m = Ones(10, 12);
-    bow = PolygonOf({{0, 3}, {9, 3}});
+    Replace(m, Ones(10, 12));
+    Fill(bow, {{0, 3}, {9, 3}});
     m.RemoveImageValuesRightOfOpenBow(bow, 0.0f, 0);
     EXPECT_EQ(RowsOf(m), Columns(10, 12, std::vector<std::pair<int, int>>(9, {1, 3})));
 
     // Closed, the way back reaches column 9 too.
-    m = Ones(10, 12);
-    bow = PolygonOf({{0, 3}, {9, 3}});
+    Replace(m, Ones(10, 12));
+    Fill(bow, {{0, 3}, {9, 3}});
     m.RemoveImageValuesLeftOfBow(bow, 0.0f, 0);
     EXPECT_EQ(RowsOf(m), Columns(10, 12, std::vector<std::pair<int, int>>(10, {4, 11})));
     EXPECT_EQ(bow.GetNumPoints(), 36);
@@ -83,7 +83,7 @@ TEST(CSSEMatrixBowCuts, OutsideTheInnerAreaEveryPixelGoes)
     EXPECT_EQ(square.GetNumPoints(), 4); // not resampled
 
     // Two points hold nothing, so everything goes; no point at all, nothing.
-    m = Ones(10, 10);
+    Replace(m, Ones(10, 10));
     CSSE3dPolygon pair = PolygonOf({{2, 2}, {6, 6}}), none;
     m.RemoveImageValuesOutSideOfBow(none, 0.0f, 0);
     EXPECT_EQ(m.NumValuesBelow(0.5f), 0);
@@ -96,7 +96,7 @@ TEST(CSSEMatrixBowCuts, OutsideTheInnerAreaEveryPixelGoes)
     std::vector<Xyz> star = Polar(23, 23, [&](int, double) { return radius(random); });
     for (Xyz& p : star) p = {p.x + 15.5f, p.y + 14.25f};
     CSSE3dPolygon line = PolygonOf(star);
-    m = Ones(31, 29);
+    Replace(m, Ones(31, 29));
     m.RemoveImageValuesOutSideOfBow(line, 0.0f, 0);
     for (int y = 0; y < 29; ++y)
         for (int x = 0; x < 31; ++x)
@@ -113,22 +113,22 @@ TEST(CSSEMatrixBowCuts, BowsFarAwayOrNotANumberStayInTheFieldAndEmptyBowsChangeN
     std::vector<std::pair<int, int>> cleared(10, kKept);
     cleared[9] = {1, 11};
     EXPECT_EQ(RowsOf(m), Columns(10, 12, cleared));
-    m = Ones(10, 12);
-    far = PolygonOf({{5000, 1000}, {5001, 1000}});
+    Replace(m, Ones(10, 12));
+    Fill(far, {{5000, 1000}, {5001, 1000}});
     m.RemoveImageValuesLeftOfBow(far, 0.0f, 0);
     EXPECT_EQ(m.NumValuesBelow(0.5f), 0);
 
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const std::vector<Xyz> broken = {{nan, 2}, {4, nan}, {8, 3}, {1, 9}};
     CSSE3dPolygon left = PolygonOf(broken), right = PolygonOf(broken), closed = PolygonOf(broken), outside = PolygonOf(broken);
-    m = Ones(10, 12);
+    Replace(m, Ones(10, 12));
     m.RemoveImageValuesLeftOfOpenBow(left, 0.0f, 0);
     m.RemoveImageValuesRightOfOpenBow(right, 0.0f, 3);
     m.RemoveImageValuesLeftOfBow(closed, 0.0f, -3);
     m.RemoveImageValuesOutSideOfBow(outside, 0.0f, 0);
 
     CSSE3dPolygon none;
-    m = Ones(10, 12);
+    Replace(m, Ones(10, 12));
     m.RemoveImageValuesLeftOfBow(none, 0.0f, 0);
     m.RemoveImageValuesLeftOfOpenBow(none, 0.0f, 0);
     m.RemoveImageValuesRightOfOpenBow(none, 0.0f, 0);

@@ -70,7 +70,7 @@ TEST(DrawInMatrixAndFillFine, TheMarginBeyondTheFieldReachesTheRimAndFarLinesLea
     left.DrawInMatrixAndFillFine(7.0f, &m, false, -kNoLimit, kNoLimit);
     EXPECT_EQ(RowsOf(m), (Picture{"......", "......", "7.....", "7.....", "......", "......"}));
     // Rows below the field pile onto its last row in the same way.
-    m = Blank(6, 6);
+    Replace(m, Blank(6, 6));
     CSSE3dPolygon below = PolygonOf({{1.5f, 7.5f}, {3.5f, 7.5f}, {3.5f, 9.5f}, {1.5f, 9.5f}});
     below.DrawInMatrixAndFillFine(7.0f, &m, false, -kNoLimit, kNoLimit);
     EXPECT_EQ(RowsOf(m), (Picture{"......", "......", "......", "......", "......", "..77.."}));
@@ -86,7 +86,7 @@ TEST(DrawInMatrixAndFillFine, TheMarginBeyondTheFieldReachesTheRimAndFarLinesLea
         {{}, true},
     };
     for (const auto& [points, coarseToo] : quiet) {
-        m = Blank(6, 6);
+        Replace(m, Blank(6, 6));
         CSSE3dPolygon line = PolygonOf(points);
         line.DrawInMatrixAndFillFine(7.0f, &m, false, -kNoLimit, kNoLimit);
         if (coarseToo) line.DrawInMatrixAndFillCoarse(7.0f, &m, false, -kNoLimit, kNoLimit);
@@ -95,7 +95,7 @@ TEST(DrawInMatrixAndFillFine, TheMarginBeyondTheFieldReachesTheRimAndFarLinesLea
     // Points that are not a number or far away: whatever reaches the field
     // reaches it through the clamps.
     for (const auto& points : std::vector<std::vector<Xyz>>{{{1, 1}, {nan, 2}, {5, 5}, {1, 5}}, {{-1e30f, -1e30f}, {1e30f, 0}, {0, 1e30f}}}) {
-        m = Blank(6, 6);
+        Replace(m, Blank(6, 6));
         CSSE3dPolygon line = PolygonOf(points);
         line.DrawInMatrixAndFillFine(7.0f, &m, false, -kNoLimit, kNoLimit);
         line.DrawInMatrixAndFill(7.0f, &m);
@@ -192,13 +192,13 @@ TEST(DrawInMatrixAndFillCoarse, SplatsEveryThirdPixelOfAnUnclampedBand)
 
     // The band from row 6 on: grid rows 6 - 9 = -3, 0, 3, ..., inside at 3,
     // 6, 9, 12; the splats cover rows 2 ... 13.
-    m = Blank(20, 20);
+    Replace(m, Blank(20, 20));
     square.DrawInMatrixAndFillCoarse(7.0f, &m, false, 6.0f, kNoLimit);
     ExpectLanes(m, [](int x, int row) { return x >= 4 && x <= 15 && row >= 2 && row <= 13 ? 7.0f : 0.0f; });
 
     // Left of the field, columns -8 and -5 of the grid are inside (the band
     // isn't clamped): their splats land on centre column 1.
-    m = Blank(8, 8);
+    Replace(m, Blank(8, 8));
     CSSE3dPolygon left = PolygonOf({{-8.5f, 2.5f}, {-2.5f, 2.5f}, {-2.5f, 5.5f}, {-8.5f, 5.5f}});
     left.DrawInMatrixAndFillCoarse(7.0f, &m, false, -kNoLimit, kNoLimit);
     // Grid rows from 2 - 9 = -7: inside at 5 (2 lies below the line's 2.5).

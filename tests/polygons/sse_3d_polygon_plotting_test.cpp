@@ -32,7 +32,7 @@ TEST(CSSE3dPolygonDrawInMatrix, PointsBecomePixelsOrSplatsRoundedAndClampedIntoT
     // One point (2, 1, 4): a splat at (x + 1, y + 1); with drawZY a pixel at
     // (z, y) without offsets; with drawXZ (which wins) a splat at (x, z - 3.6),
     // row 0.4 rounding to 0 and the centre clamped to row 1.
-    m = Blank(7, 5);
+    Replace(m, Blank(7, 5));
     CSSE3dPolygon point = PolygonOf({{2, 1, 4}});
     point.DrawInMatrix(1.0f, &m, false, 1.0f, 1.0f, false);
     point.DrawInMatrix(2.0f, &m, true, 1.0f, 1.0f, false);
@@ -40,7 +40,7 @@ TEST(CSSE3dPolygonDrawInMatrix, PointsBecomePixelsOrSplatsRoundedAndClampedIntoT
     EXPECT_EQ(RowsOf(m), (Picture{".333...", ".3332..", ".3331..", "..111..", "......."}));
 
     // On a field too small for a splat, the splat keeps to the field.
-    m = Blank(2, 2);
+    Replace(m, Blank(2, 2));
     point.DrawInMatrix(3.0f, &m, false, 0.0f, 0.0f, false);
     EXPECT_EQ(RowsOf(m), (Picture{"33", "33"}));
 }
@@ -57,7 +57,7 @@ TEST(DrawInMatrixAndFill, ADenseCounterClockwiseLineFillsItsInsideWithValuePlusF
     // Four corners and a fifth point: only the whole block of four takes
     // part, closed from point 3 to point 0. Each corner's scan runs along
     // the edge behind it to the corner before it and fills that edge.
-    m = Blank(9, 9);
+    Replace(m, Blank(9, 9));
     CSSE3dPolygon corners = PolygonOf({{2, 2}, {6, 2}, {6, 6}, {2, 6}, {8, 8}});
     corners.DrawInMatrixAndFill(1.0f, &m);
     EXPECT_EQ(RowsOf(m), (Picture{".........", ".........", "..16661..", "..6...6..", "..6...6..", "..6...6..", "..16661..", ".........", "........."}));
@@ -77,18 +77,18 @@ TEST(DrawInMatrixAndFill, TheScanTowardsLargerRowsIsStricterAndAScanWithoutAHitF
     EXPECT_EQ(std::pair(m.GetPoint(6, 5), m.GetPoint(6, 3)), std::pair(6.0f, 0.0f));
 
     // A straight run of four has no opposite side: only its points are drawn.
-    m = Blank(9, 9);
+    Replace(m, Blank(9, 9));
     CSSE3dPolygon run = PolygonOf({{2, 2}, {3, 2}, {4, 2}, {5, 2}});
     run.DrawInMatrixAndFill(1.0f, &m);
     EXPECT_EQ(RowsOf(m), (Picture{".........", ".........", "..1111...", ".........", ".........", ".........", ".........", ".........", "........."}));
     // Fewer than four points draw nothing at all.
-    m = Blank(9, 9);
+    Replace(m, Blank(9, 9));
     CSSE3dPolygon three = PolygonOf({{2, 2}, {6, 2}, {6, 6}});
     three.DrawInMatrixAndFill(1.0f, &m);
     EXPECT_EQ(m.NumValuesAbove(0.0f), 0);
     // Far beyond the rim the points land on it, and the scans from there find
     // nothing but the rim.
-    m = Blank(9, 9);
+    Replace(m, Blank(9, 9));
     CSSE3dPolygon far = PolygonOf({{3, 1e9f}, {2, 1e9f}, {1, 1e9f}, {0, 1e9f}});
     far.DrawInMatrixAndFill(1.0f, &m);
     EXPECT_EQ(RowsOf(m).back(), "1111.....");
@@ -105,13 +105,13 @@ TEST(DrawInMatrixAndFillToOneSideFront, EachPointSweepsSplatsToOneRim)
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".111...", ".111...", ".111...", ".111...", ".111...", ".111...", ".......", "......."}));
     // Towards the last row: from row 5 while below row 8, the column held at
     // 5 by the splat's clamp; a point at the last row sweeps nothing.
-    m = Blank(7, 9);
+    Replace(m, Blank(7, 9));
     CSSE3dPolygon other = PolygonOf({{6.6f, 0, 4}, {-5, 0, 7}});
     other.DrawInMatrixAndFillToOneSideFront(2.0f, &m, 0.0f, 1.0f, false);
     EXPECT_EQ(RowsOf(m), (Picture{".......", ".......", ".......", ".......", "....222", "....222", "....222", "....222", "....222"}));
     // A front from far beyond the field closes its column strip down to row
     // 1 at once; x -5 is held at column 1.
-    m = Blank(7, 9);
+    Replace(m, Blank(7, 9));
     CSSE3dPolygon high = PolygonOf({{-5, 0, 1e9f}});
     high.DrawInMatrixAndFillToOneSideFront(3.0f, &m, 0.0f, 0.0f, true);
     ExpectLanes(m, [](int x, int row) { return x <= 2 && row >= 1 && row <= 8 ? 3.0f : 0.0f; });
