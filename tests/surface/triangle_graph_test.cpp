@@ -182,6 +182,26 @@ TEST(TriangleGraph, MarkedAndOpenTrianglesGoOrComeBack)
     EXPECT_TRUE(!h.IsFinalized() && h.GetTriangleList().IsEmpty());
 }
 
+// Coincident points among the first three, without box corners, leave one
+// triangle naming a neighbour that does not name it back (found by
+// fuzz_triangulation). Freeing every third triangle must clear that link too:
+// the border walk after it read the freed neighbour.
+TEST(TriangleGraph, KillingMarkedTrianglesClearsOneWayLinksToThem)
+{
+    const float points[][2] = {{4.5f, 1.5f}, {7.5f, 7.5f}, {7.5f, 7.5f}, {15.5f, 8.5f}, {4.0f, 9.0f},
+                               {7.5f, 15.5f}, {11.5f, 0.0f}, {0.0f, 14.5f}, {14.5f, 14.5f}, {0.0f, 0.0f}};
+    Graph g(20);
+    for (const auto& p : points) g.AppendVertex(P(p[0], p[1]));
+    g.Triangulate(g.GetNumVertices(), false, false);
+    int k = 0;
+    for (t_hdelaunaytriangle* t : Triangles(g.GetTriangleList())) t->Ignore = k++ % 3 == 1;
+    g.KillIgnoredTrianglesFromTriangleList(true);
+    const auto left = Triangles(g.GetTriangleList());
+    for (const t_hdelaunaytriangle* t : left) {
+        for (const t_hdelaunaytriangle* n : t->Neighbour) EXPECT_TRUE(n == nullptr || std::ranges::count(left, n) == 1);
+    }
+}
+
 // The triangles of `list` that are open are peeled, and that opens the next
 // ones of `list`; the neighbours met outside `list` are collected.
 TEST(TriangleGraph, CheckAndKillPeelsAListFromItsBorder)

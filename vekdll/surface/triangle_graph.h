@@ -483,6 +483,7 @@ protected:
     // Frees each triangle of `list` with Ignore, or hands it to `holdBack`
     // if given, and removes its node.
     void KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours, std::vector<Triangle*>* holdBack = nullptr);
+    void DropOneWayLinksToMarked(TriangleListType& list);
     // The lane-wise extremes of all corners of all triangles of `list`;
     // the sentinels 999999.9 and -999999.9 when it is empty.
     void BoxOfCorners(const TriangleListType& list, SSEPoint& min, SSEPoint& max) const;

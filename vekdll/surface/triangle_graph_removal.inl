@@ -5,6 +5,8 @@
 
 #include "vekdll/surface/triangle_graph.h"
 
+#include <algorithm>
+
 namespace vek::detail {
 
 template <class T>
@@ -18,6 +20,25 @@ int NullNeighbourCount(const T* triangle)
 
 namespace vek {
 
+// Where float decisions contradicted each other (duplicates among the first
+// points, collinear starts), a triangle can name a marked neighbour that does
+// not name it back, so unlinking the marked one leaves that link behind, to
+// be read after the free. On a sound graph every link is mutual and this
+// changes nothing.
+template <class D, class T, class E>
+void TriangleGraph<D, T, E>::DropOneWayLinksToMarked(TriangleListType& list)
+{
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+        T* triangle = list.GetNext(pos);
+        if (triangle == nullptr || triangle->Ignore) continue;
+        for (T*& slot : triangle->Neighbour) {
+            if (slot == nullptr || !slot->Ignore || std::ranges::count(slot->Neighbour, triangle) != 0) continue;
+            slot = nullptr;
+            NoteSideMayBeOpen(triangle);
+        }
+    }
+}
+
 // All marked triangles are unlinked before the first is freed: a marked
 // triangle that was split may still name a marked neighbour that no longer
 // names it (the neighbour was pointed at the split's pieces), and unlinking
@@ -26,10 +47,14 @@ template <class D, class T, class E>
 void TriangleGraph<D, T, E>::KillIgnoredIn(TriangleListType& list, bool unlinkNeighbours, std::vector<T*>* holdBack)
 {
     if (unlinkNeighbours) {
+        bool anyMarked = false;
         for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
             T* triangle = list.GetNext(pos);
-            if (triangle != nullptr && triangle->Ignore) UnlinkFromNeighbours(triangle);
+            if (triangle == nullptr || !triangle->Ignore) continue;
+            UnlinkFromNeighbours(triangle);
+            anyMarked = true;
         }
+        if (anyMarked) DropOneWayLinksToMarked(list);
     }
     for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
         const POSITION current = pos;
