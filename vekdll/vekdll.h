@@ -82,6 +82,7 @@
 #include "vekdll/surface/greedy_refinement.h"
 #include "vekdll/surface/height_grid.h"
 #include "vekdll/surface/incremental_delaunay.h"
+#include "vekdll/surface/mesh_exchange.h"
 #include "vekdll/surface/polygon_blend.h"
 #include "vekdll/surface/polygons_for_combine.h"
 #include "vekdll/surface/triangle_graph.h"

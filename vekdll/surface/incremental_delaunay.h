@@ -3,6 +3,7 @@
 #include "vekdll/export.h"
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/platform/c_list.h"
+#include "vekdll/platform/c_string.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 #include "vekdll/surface/delaunay_records.h"
 #include "vekdll/surface/triangle_graph.h"
@@ -13,6 +14,10 @@ class CEvent;
 class CSSE3dPolygon;
 class CSSEMatrix;
 class ZrCIncrementalDelaunay2D;
+
+namespace Geometry {
+class CTriangulation;
+}
 
 namespace vek::detail {
 struct IndexedCircle;
@@ -232,6 +237,29 @@ public:
     // cut where they share a side. Each sub-triangulation is destroyed and
     // its slot set null. A null slot is still waited for.
     void CombineSubDelaunayTriangles(ZrCIncrementalDelaunay2D** subTriangulations, CEvent** finishedEvents);
+
+    // ---- exchange with the indexed mesh (incremental_delaunay_exchange.cpp)
+    // A new indexed mesh of all vertices and of the triangles without
+    // Outside, with vertex normals; null when both lists are empty. The
+    // triangles come from the working list when it has any, else from
+    // FinalList, but the mesh has room for only as many as FinalList holds:
+    // a working list is taken whole only if the object was finalized before
+    // (mesh_exchange.h). The caller owns the mesh.
+    Geometry::CTriangulation* CreateCTriangulation() const;
+    // Writes CreateCTriangulation's mesh to the file at `path`, created or
+    // emptied; a file that does not open is passed over in silence. A
+    // triangulation without triangles writes an empty mesh.
+    void ExportDelaunayTriangleNew(const CString& path) const;
+    // Replaces the triangulation by the mesh of the file at `path` and
+    // finalizes. A file that does not open is passed over in silence; one
+    // that holds no whole mesh throws CArchiveException and leaves the
+    // triangulation as it was.
+    void ImportDelaunayTriangle(const CString& path);
+    // Replaces the vertices and triangles by those of `mesh`: a vertex for
+    // each position, a triangle with its circle for each mesh triangle of
+    // three distinct vertices (in mesh order, corners in their order), linked
+    // across each side that two of them share. Finalizes with `finalize`.
+    void CreateDelaunayTriangulationFromCTriangulation(const Geometry::CTriangulation& mesh, bool finalize);
 
 protected:
     friend Base;
