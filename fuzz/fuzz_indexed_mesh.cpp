@@ -13,17 +13,11 @@
 
 #include "vekdll/vekdll.h"
 
+#include "fuzz_mesh_bytes.h"
+
 namespace {
 
-constexpr std::uint8_t kHeader[12] = {'V', 'E', 'K', 'M', 'E', 'S', 'H', 0x1A, 1, 0, 0, 0};
-
-Geometry::CTriangulation Read(std::vector<BYTE> bytes)
-{
-    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
-    CArchive ar(&file, CArchive::load);
-    QyStreamReadBinaryFile stream(ar);
-    return CTriangulation_Serializer::Serialize(stream);
-}
+using vek::fuzz::ReadMesh;
 
 std::vector<BYTE> Write(const Geometry::CTriangulation& mesh)
 {
@@ -55,18 +49,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size < 1) return 0;
     const std::uint8_t choice = data[0];
-    std::vector<BYTE> bytes;
-    if (choice & 1) bytes.assign(kHeader, kHeader + sizeof kHeader);
-    bytes.insert(bytes.end(), data + 1, data + size);
+    std::vector<BYTE> bytes = vek::fuzz::MeshFileBytes(data, size);
 
     Geometry::CTriangulation mesh;
     try {
-        mesh = Read(bytes);
+        mesh = ReadMesh(bytes);
     } catch (const CArchiveException&) {
         return 0;
     }
     if (!mesh.HasValidIndices()) __builtin_trap();
-    if (!SameMesh(Read(Write(mesh)), mesh)) __builtin_trap();
+    if (!SameMesh(ReadMesh(Write(mesh)), mesh)) __builtin_trap();
 
     const Geometry::CTriangulation original(mesh);
     QyMpTriangulationNormals::Compute(mesh);
@@ -74,8 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (mesh.GetNumVertices() > original.GetNumVertices() || mesh.GetNumTriangles() > original.GetNumTriangles()) {
         __builtin_trap();
     }
-    if (!SameMesh(Read(Write(mesh)), mesh)) __builtin_trap();
+    if (!SameMesh(ReadMesh(Write(mesh)), mesh)) __builtin_trap();
     // The copy taken before is untouched by what was done to the mesh.
-    if (original.getReferenceCounter() != 1 || !SameMesh(original, Read(bytes))) __builtin_trap();
+    if (original.getReferenceCounter() != 1 || !SameMesh(original, ReadMesh(bytes))) __builtin_trap();
     return 0;
 }

@@ -21,17 +21,11 @@
 
 #include "vekdll/vekdll.h"
 
+#include "fuzz_mesh_bytes.h"
+
 namespace {
 
-constexpr std::uint8_t kHeader[16] = {'V', 'E', 'K', 'M', 'E', 'S', 'H', 0x1A, 1, 0, 0, 0, 0, 0, 0, 0};
-
-Geometry::CTriangulation Read(std::vector<BYTE> bytes)
-{
-    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
-    CArchive ar(&file, CArchive::load);
-    QyStreamReadBinaryFile stream(ar);
-    return CTriangulation_Serializer::Serialize(stream);
-}
+using vek::fuzz::ReadMesh;
 
 const std::string& FilePath()
 {
@@ -127,9 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size < 1) return 0;
     const std::uint8_t choice = data[0];
-    std::vector<BYTE> bytes;
-    if (choice & 1) bytes.assign(kHeader, kHeader + sizeof kHeader);
-    bytes.insert(bytes.end(), data + 1, data + size);
+    std::vector<BYTE> bytes = vek::fuzz::MeshFileBytes(data, size);
     const bool throughFile = (choice & 2) != 0;
     const bool finalize = throughFile || (choice & 4) == 0;
 
@@ -142,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             WriteFile(bytes);
             d.ImportDelaunayTriangle(FilePath());
         }
-        mesh = Read(bytes);
+        mesh = ReadMesh(bytes);
     } catch (const CArchiveException&) {
         if (Shape(d) != before) __builtin_trap();
         return 0;
