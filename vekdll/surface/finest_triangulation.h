@@ -100,7 +100,7 @@ public:
     // afresh by their vertices in list order. With `field`, every vertex
     // takes its height from the field's cell under it where the field holds
     // data (not 0). With `flag` the rows of `source` are copied too, naming
-    // the copies.
+    // the copies. The copy links by its own search mode.
     void DeepCopyTriangulation(const ZrCFinestTriangulation& source, CSSEMatrix* field, bool flag);
     // In `iterations` rounds splits at the centroid every triangle with a
     // side of at least `limit` (see the graph's form).

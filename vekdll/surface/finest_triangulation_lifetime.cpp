@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "vekdll/fields/sse_matrix.h"
 #include "vekdll/foundation/safe_alloc.h"
@@ -80,10 +81,11 @@ void ZrCFinestTriangulation::CopyDataFromOtherTriangulation(ZrCFinestTriangulati
     for (int i = 0; i < count; ++i) Vertices[start + i] = other.Vertices[i];
     NoteVerticesChanged();
     // The band's triangles are named in its rows; its own list may hold
-    // more, made outside the rows.
-    std::unordered_map<const t_hfinesttriangle*, bool> taken;
+    // more, made outside the rows, and a triangle in both is taken once.
+    std::unordered_set<const t_hfinesttriangle*> inRows;
+    const bool alsoListed = !other.TriangleList.IsEmpty();
     const auto take = [&](t_hfinesttriangle* triangle) {
-        if (triangle == nullptr || !taken.emplace(triangle, true).second) return;
+        if (triangle == nullptr) return;
         for (int& corner : triangle->Vertex) corner += start;
         TriangleList.AddTail(triangle);
     };
@@ -91,13 +93,20 @@ void ZrCFinestTriangulation::CopyDataFromOtherTriangulation(ZrCFinestTriangulati
         for (POSITION rows = other.AllRowsTriangleList->GetHeadPosition(); rows != nullptr;) {
             const CList<t_hfinesttriangle*>* row = other.AllRowsTriangleList->GetNext(rows);
             if (row == nullptr) continue;
-            for (POSITION pos = row->GetHeadPosition(); pos != nullptr;) take(row->GetNext(pos));
+            for (POSITION pos = row->GetHeadPosition(); pos != nullptr;) {
+                t_hfinesttriangle* triangle = row->GetNext(pos);
+                if (alsoListed && !inRows.insert(triangle).second) continue;
+                take(triangle);
+            }
         }
         if (AllRowsTriangleList == nullptr) AllRowsTriangleList = new TriangleRows(10);
         CopyTrianglesInTriangleList(other.AllRowsTriangleList, AllRowsTriangleList);
         other.FreeListPointer();
     }
-    for (POSITION pos = other.TriangleList.GetHeadPosition(); pos != nullptr;) take(other.TriangleList.GetNext(pos));
+    for (POSITION pos = other.TriangleList.GetHeadPosition(); pos != nullptr;) {
+        t_hfinesttriangle* triangle = other.TriangleList.GetNext(pos);
+        if (inRows.count(triangle) == 0) take(triangle);
+    }
     other.TriangleList.RemoveAll();
 }
 
@@ -108,7 +117,10 @@ void ZrCFinestTriangulation::DeepCopyTriangulation(const ZrCFinestTriangulation&
     if (&source == this) return;
     FreeListPointer();
     ClearTriangleList();
+    // The copy links by its own search mode, not by the source's.
+    const vek::SearchMode mode = GetSearchMode();
     ZrCSSEVertexContainer::operator=(source);
+    SetSearchMode(mode);
     if (field != nullptr && field->GetMatrixDataDirectly() != nullptr) {
         for (int i = 0; i < NumVertices; ++i) {
             const float z = field->GetPoint(static_cast<int>(Vertices[i].x + 0.5f), static_cast<int>(Vertices[i].y + 0.5f));
