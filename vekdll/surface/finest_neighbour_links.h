@@ -50,18 +50,25 @@ void LinkByScan(const std::vector<T*>& us, const std::vector<T*>& ws, LinkOrder 
     }
 }
 
-// The candidates' sides, sorted by key and then by the candidate's place.
+// The candidates' sides in an open-addressed table of their keys, built in
+// one pass: a row of a raster has thousands of triangles, and the table is
+// made once per pair of rows.
 class SideTable {
 public:
     template <class T>
     explicit SideTable(const std::vector<T*>& ws)
     {
-        entries_.reserve(ws.size() * 3);
+        std::size_t size = 16;
+        while (size < ws.size() * 6) size *= 2;
+        mask_ = size - 1;
+        slots_.assign(size, Slot{kEmpty, 0});
         for (std::size_t i = 0; i < ws.size(); ++i) {
-            for (int side = 0; side < 3; ++side)
-                entries_.emplace_back(SideKey(ws[i]->Vertex[side], ws[i]->Vertex[(side + 1) % 3]), i);
+            for (int side = 0; side < 3; ++side) {
+                std::size_t at = Hash(SideKey(ws[i]->Vertex[side], ws[i]->Vertex[(side + 1) % 3]));
+                while (slots_[at].key != kEmpty) at = (at + 1) & mask_;
+                slots_[at] = Slot{SideKey(ws[i]->Vertex[side], ws[i]->Vertex[(side + 1) % 3]), i};
+            }
         }
-        std::sort(entries_.begin(), entries_.end());
     }
 
     // The places of the candidates that carry a side of t, rising, each once.
@@ -71,15 +78,27 @@ public:
         places.clear();
         for (int side = 0; side < 3; ++side) {
             const std::uint64_t key = SideKey(t->Vertex[side], t->Vertex[(side + 1) % 3]);
-            auto it = std::lower_bound(entries_.begin(), entries_.end(), std::make_pair(key, std::size_t{0}));
-            for (; it != entries_.end() && it->first == key; ++it) places.push_back(it->second);
+            for (std::size_t at = Hash(key); slots_[at].key != kEmpty; at = (at + 1) & mask_) {
+                if (slots_[at].key == key) places.push_back(slots_[at].place);
+            }
         }
         std::sort(places.begin(), places.end());
         places.erase(std::unique(places.begin(), places.end()), places.end());
     }
 
 private:
-    std::vector<std::pair<std::uint64_t, std::size_t>> entries_;
+    // No side has this key: vertex indices are below 2^31.
+    static constexpr std::uint64_t kEmpty = ~std::uint64_t{0};
+    struct Slot {
+        std::uint64_t key;
+        std::size_t place;
+    };
+    std::size_t Hash(std::uint64_t key) const
+    {
+        return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15ULL) >> 32) & mask_;
+    }
+    std::vector<Slot> slots_;
+    std::size_t mask_ = 0;
 };
 
 template <class T, class Link>

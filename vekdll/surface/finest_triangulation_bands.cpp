@@ -13,6 +13,8 @@
 #include "vekdll/polygons/sse_3d_polygon.h"
 #include "vekdll/surface/finest_cell_pattern.h"
 #include "vekdll/surface/finest_triangulation.h"
+// The link operations, to be inlined into the loops over every triangle.
+#include "vekdll/surface/triangle_graph_links.inl"
 
 namespace {
 

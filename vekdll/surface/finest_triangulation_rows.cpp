@@ -6,6 +6,8 @@
 
 #include "vekdll/surface/finest_neighbour_links.h"
 #include "vekdll/surface/finest_triangulation.h"
+// The link operations, to be inlined into the loops over every triangle.
+#include "vekdll/surface/triangle_graph_links.inl"
 
 namespace {
 
