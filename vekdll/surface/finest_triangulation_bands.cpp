@@ -229,8 +229,12 @@ void ZrCFinestTriangulation::BuildInBands(CSSE3dPolygon& polygon, CSSEMatrix* fi
     const t_finestlattice lattice{xmin, ymin, step, points(xmin, fxmax), points(ymin, fymax)};
     (void)xmax;
     (void)ymax;
-    // A grid beyond what a store can index is no input: nothing is built.
-    if (static_cast<double>(lattice.Rows) * lattice.Columns > 4.0e8) return;
+    // A grid beyond what a store can index, or whose far corner leaves the
+    // integers, is no input: nothing is built.
+    const auto reach = [step](int from, int points) { return std::fabs(double(from)) + double(points) * step; };
+    if (static_cast<double>(lattice.Rows) * lattice.Columns > 4.0e8 || reach(xmin, lattice.Columns) > 1.0e9 ||
+        reach(ymin, lattice.Rows) > 1.0e9)
+        return;
     const int cellRows = lattice.Rows - 1;
     const int perBand = (cellRows + RowBands - 1) / RowBands;
     CreateVertexArray(lattice.Rows * lattice.Columns + 100);
