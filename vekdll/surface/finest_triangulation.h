@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <vector>
 
 #include "vekdll/export.h"
@@ -56,6 +57,8 @@ struct VEKDLL_API t_finestbandrecord {
     t_finestlattice Lattice{};
     bool Marching = false;
     std::int32_t OwnVertices = 0;
+    // What stopped the worker (exhausted memory), for the driver to pass on.
+    std::exception_ptr Failure;
 };
 
 // The 2.5D triangulation of a raster at its finest grid: every cell of the

@@ -253,29 +253,63 @@ void ZrCFinestTriangulation::BuildInBands(CSSE3dPolygon& polygon, CSSEMatrix* fi
         band.Lattice = lattice;
         band.Marching = marching;
         band.OwnVertices = 0;
+        band.Failure = nullptr;
         band.Done.ResetEvent();
-        workers[static_cast<std::size_t>(b)] = std::thread([&band] {
-            TriangulateBand(band);
-            band.Done.SetEvent();
-        });
+        try {
+            workers[static_cast<std::size_t>(b)] = std::thread([&band] {
+                try {
+                    TriangulateBand(band);
+                } catch (...) {
+                    band.Failure = std::current_exception();
+                }
+                band.Done.SetEvent();
+            });
+        } catch (...) {
+            // A thread that cannot start: those running use the records and
+            // the polygon, so they are waited for before the error passes on.
+            for (int k = 0; k <= b; ++k) {
+                t_finestbandrecord& started = Bands[static_cast<std::size_t>(k)];
+                if (k < b) started.Done.Wait();
+                if (k < b) workers[static_cast<std::size_t>(k)].join();
+                delete started.SubTriangulation;
+                started.SubTriangulation = nullptr;
+            }
+            throw;
+        }
     }
 
     int start = 0;
     int rowsBefore = 0;
+    std::exception_ptr failure;
     for (int b = 0; b < kRowBands; ++b) {
         t_finestbandrecord& band = Bands[static_cast<std::size_t>(b)];
         if (!band.Done.IsSet()) {
             vek::Sleep(2);
             band.Done.Wait();
         }
+        if (failure == nullptr) failure = band.Failure;
         const int rows = std::max(0, band.LastRow - band.FirstRow + 1);
-        CopyDataFromOtherTriangulation(*band.SubTriangulation, start, band.OwnVertices);
+        if (failure == nullptr) {
+            CopyDataFromOtherTriangulation(*band.SubTriangulation, start, band.OwnVertices);
+        } else {
+            // The band's triangles are named only in its rows: they go to
+            // its own list, which frees them with it.
+            ZrCFinestTriangulation dropped;
+            dropped.CopyDataFromOtherTriangulation(*band.SubTriangulation, 0, 0);
+        }
         start += band.OwnVertices;
         delete band.SubTriangulation;
         band.SubTriangulation = nullptr;
-        if (rows > 0 && rowsBefore > 0) LinkRowsAt(rowsBefore - 1);
+        if (failure == nullptr && rows > 0 && rowsBefore > 0) LinkRowsAt(rowsBefore - 1);
         rowsBefore += rows;
     }
     for (std::thread& worker : workers) worker.join();
+    if (failure != nullptr) {
+        // A band that failed leaves no surface: what was taken over goes.
+        FreeListPointer();
+        ClearTriangleList();
+        FreeVertices();
+        std::rethrow_exception(failure);
+    }
     if (finalize) CalcBoundingBox();
 }
