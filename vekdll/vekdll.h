@@ -14,6 +14,7 @@
 #include "vekdll/platform/crt_random.h"
 #include "vekdll/platform/framework_exceptions.h"
 #include "vekdll/platform/framework_types.h"
+#include "vekdll/platform/sleep.h"
 #include "vekdll/platform/user_hooks.h"
 
 // foundation
@@ -79,6 +80,8 @@
 #include "vekdll/surface/border_chain_count.h"
 #include "vekdll/surface/cell_centre_error.h"
 #include "vekdll/surface/delaunay_records.h"
+#include "vekdll/surface/finest_records.h"
+#include "vekdll/surface/finest_triangulation.h"
 #include "vekdll/surface/greedy_refinement.h"
 #include "vekdll/surface/height_grid.h"
 #include "vekdll/surface/incremental_delaunay.h"

@@ -186,6 +186,24 @@ struct FacingTriangles {
     }
 };
 
+// The same choice for records that keep no normal: the normal is computed
+// from the corners, (b - a) x (c - a), whose z has the sign of the unit
+// normal's; a triangle of no area has z 0 and passes both ways.
+struct FacingTrianglesByCorners {
+    const SSEPoint* vertices;
+    bool upward;
+
+    template <class Triangle>
+    bool operator()(const Triangle& t) const
+    {
+        const __m128 a = vertices[t.Vertex[0]].sse;
+        SSEPoint normal;
+        normal.sse = CSSEFns::vectorproduct(_mm_sub_ps(vertices[t.Vertex[1]].sse, a),
+                                            _mm_sub_ps(vertices[t.Vertex[2]].sse, a));
+        return upward ? normal.z >= 0.0f : normal.z <= 0.0f;
+    }
+};
+
 // Triangles with at least one corner at a height zMin ... zMax.
 struct TrianglesInZRange {
     const SSEPoint* vertices;

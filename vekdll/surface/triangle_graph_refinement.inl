@@ -70,7 +70,9 @@ void TriangleGraph<D, T, E>::MakeRoomIfFull()
 template <class D, class T, class E>
 void TriangleGraph<D, T, E>::InsertStoredVerticesFrom(int first)
 {
-    for (int index = first; index < NumVertices; ++index) Self().InsertVertexIntoTriangulation(index);
+    if constexpr (HasCircumCircle<T>) {
+        for (int index = first; index < NumVertices; ++index) Self().InsertVertexIntoTriangulation(index);
+    }
 }
 
 // Stores p unless a vertex lies within `tolerance` of it in x-y, and inserts
@@ -78,12 +80,15 @@ void TriangleGraph<D, T, E>::InsertStoredVerticesFrom(int first)
 template <class D, class T, class E>
 bool TriangleGraph<D, T, E>::InsertSampleInside(const SSEPoint& p, float tolerance)
 {
-    if (IsVertexExist(p, tolerance) != -1) return false;
-    const int index = NumVertices;
-    AppendVertex(p);
-    if (NumVertices == index) return false;
-    Self().InsertVertexIntoTriangulationNoExterior(index);
-    return NumVertices > index;
+    if constexpr (HasCircumCircle<T>) {
+        if (IsVertexExist(p, tolerance) != -1) return false;
+        const int index = NumVertices;
+        AppendVertex(p);
+        if (NumVertices == index) return false;
+        Self().InsertVertexIntoTriangulationNoExterior(index);
+        return NumVertices > index;
+    }
+    return false;
 }
 
 template <class D, class T, class E>
