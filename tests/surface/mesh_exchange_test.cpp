@@ -1,4 +1,4 @@
-// The adaptive triangulation to the indexed mesh and its file, and back.
+// Both triangulations to the indexed mesh and its file, and the adaptive one back.
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "indexed_mesh/indexed_meshes.h"
+#include "surface/finest_fixtures.h"
 #include "surface/triangulation_checks.h"
 #include "vekdll/surface/mesh_exchange.h"
 
@@ -237,3 +238,46 @@ TEST(MeshExchange, TruncatedAndRandomFilesAreRefusedAndChangeNothing)
 }
 
 } // namespace
+
+// The finest triangulation hands over every vertex and every triangle of its
+// working list, in order and with its winding; the file of it reads back into
+// an adaptive triangulation with the same mesh, and an empty one writes none.
+TEST(MeshExchange, FinestTriangulationGoesWholeIntoTheMeshAndItsFile)
+{
+    CSSE3dPolygon ring;
+    CSSEMatrix field;
+    MakeWavyRing(ring, 40, 10.0f, 10.0f, 7.0f);
+    MakeField(field, 20, 20, [](int x, int y) { return 0.5f * float(x) - 0.25f * float(y); });
+    ZrCFinestTriangulation t;
+    t.TriangulateWithMarching(ring, &field, 1, true);
+    const std::vector<t_hfinesttriangle*> triangles = ListOf(t.GetTriangleList());
+    ASSERT_GT(triangles.size(), 100u);
+
+    const Mesh mesh(t.CreateCTriangulationFromFinestTriangulation());
+    ASSERT_NE(mesh, nullptr);
+    std::vector<Triangle> corners;
+    for (const auto* tr : triangles) {
+        corners.push_back({unsigned(tr->Vertex[0]), unsigned(tr->Vertex[1]), unsigned(tr->Vertex[2])});
+    }
+    EXPECT_EQ(ListOf(mesh->GetTriangles()), corners);
+    ASSERT_EQ(mesh->GetNumVertices(), unsigned(t.GetNumVertices()));
+    for (int i = 0; i < t.GetNumVertices(); ++i) {
+        const QbVector3f p = mesh->GetPositions()[std::size_t(i)];
+        EXPECT_TRUE(p.x == t.GetVertex(i).x && p.y == t.GetVertex(i).y && p.z == t.GetVertex(i).z) << i;
+    }
+
+    const std::string path = TemporaryPath("_finest.bin");
+    t.ExportTriangulation(path);
+    ZrCIncrementalDelaunay2D back;
+    back.ImportDelaunayTriangle(path);
+    const Mesh received(back.CreateCTriangulation());
+    ASSERT_NE(received, nullptr);
+    EXPECT_EQ(ListOf(received->GetTriangles()), corners);
+    EXPECT_EQ(BitsOf(received->GetPositions()), BitsOf(mesh->GetPositions()));
+    EXPECT_EQ(LinkFault(Triangles(back.GetFinalList())), "");
+    std::filesystem::remove(path);
+
+    ZrCFinestTriangulation().ExportTriangulation(path);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(ZrCFinestTriangulation().CreateCTriangulationFromFinestTriangulation(), nullptr);
+}

@@ -9,6 +9,7 @@
 #include "vekdll/foundation/sse_point.h"
 #include "vekdll/platform/c_event.h"
 #include "vekdll/platform/c_list.h"
+#include "vekdll/platform/c_string.h"
 #include "vekdll/polygons/sse_3d_polygon.h"
 #include "vekdll/surface/border_chain_count.h"
 #include "vekdll/surface/finest_records.h"
@@ -16,6 +17,9 @@
 
 class CSSEMatrix;
 class ZrCFinestTriangulation;
+namespace Geometry {
+class CTriangulation;
+}
 
 namespace vek::detail {
 struct ScanLattice;
@@ -194,6 +198,16 @@ public:
     // nothing, and the facing of the whole is summed from computed ones.
     void ComputeNormalVectorsOfTriangles() {}
     bool CalcNormalDirection() const;
+
+    // ---- exchange with the indexed mesh (finest_triangulation_exchange.cpp)
+    // A new indexed mesh of all vertices and of every triangle of
+    // TriangleList, in list order, with vertex normals; null when the list is
+    // empty. The caller owns the mesh.
+    Geometry::CTriangulation* CreateCTriangulationFromFinestTriangulation() const;
+    // Writes that mesh to the file at `path`, created or emptied; does nothing
+    // for an empty TriangleList, and a file that does not open is passed over
+    // in silence.
+    void ExportTriangulation(const CString& path) const;
 
     // ---- scan conversion (finest_triangulation_scan_conversion.cpp)
     // As in the adaptive triangulation, on TriangleList, over ten bands and

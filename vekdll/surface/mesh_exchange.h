@@ -6,20 +6,11 @@
 // that holds the triangles and the vertex store, and skip triangles marked
 // Outside only where the record has that flag.
 //
-// How a triangulation class plugs in. ZrCIncrementalDelaunay2D makes its
-// mesh from TriangleList, or FinalList when the working list is empty, with
-// room for as many triangles as FinalList holds (see CreateCTriangulation).
-// ZrCFinestTriangulation has only its working list and no Outside flag, so
-// its members are thin calls of the same code:
-//
-//   Geometry::CTriangulation* CreateCTriangulationFromFinestTriangulation() const
-//   { return vek::IndexedMeshFromTriangles(*this, TriangleList, TriangleList.GetCount()); }
-//
-//   void ExportTriangulation(const CString& path)
-//   {
-//       if (TriangleList.IsEmpty()) return;
-//       vek::ExportIndexedMeshFile(path, [this] { return CreateCTriangulationFromFinestTriangulation(); });
-//   }
+// ZrCIncrementalDelaunay2D makes its mesh from TriangleList, or FinalList
+// when the working list is empty, with room for as many triangles as
+// FinalList holds (incremental_delaunay_exchange.cpp); ZrCFinestTriangulation
+// has only its working list and no Outside flag, and hands over the whole of
+// it (finest_triangulation_exchange.cpp).
 
 #include <cstddef>
 #include <cstdint>
