@@ -224,3 +224,33 @@ TEST(FinestTriangulation, OneCellAndTheSmallOperations)
 }
 
 } // namespace
+
+// The border and area operations come from the shared graph: on the 4 x 4
+// whole cells of the square, one loop of 16 unit edges runs round [2, 6]^2,
+// and the border polygon is that loop's corners.
+TEST(FinestTriangulation, BorderLoopOfTheWholeCells)
+{
+    SquareInput in;
+    ZrCFinestTriangulation t;
+    t.Triangulate(in.polygon, &in.field, 1, false);
+    CList<CList<t_hfinestedge*>*> loops;
+    t.FindAllBorderEdgeLists(&loops);
+    ASSERT_EQ(loops.GetCount(), 1);
+    CList<t_hfinestedge*>* loop = loops.RemoveHead();
+    EXPECT_EQ(loop->GetCount(), 16);
+    std::set<std::pair<float, float>> corners;
+    for (POSITION pos = loop->GetHeadPosition(); pos != nullptr;) {
+        const t_hfinestedge* edge = loop->GetNext(pos);
+        const SSEPoint a = t.GetVertex(edge->Vertex[0]), b = t.GetVertex(edge->Vertex[1]);
+        EXPECT_FLOAT_EQ(std::fabs(a.x - b.x) + std::fabs(a.y - b.y), 1.0f) << "one cell side";
+        EXPECT_TRUE(a.x == 2 || a.x == 6 || a.y == 2 || a.y == 6) << "on the rim";
+        corners.insert({a.x, a.y});
+    }
+    EXPECT_EQ(corners.size(), 16u);
+    ZrCFinestTriangulation::ClearEdgeList(loop);
+    delete loop;
+
+    CSSE3dPolygon outline;
+    t.BuildBorderPolygonForTriang(outline);
+    EXPECT_EQ(outline.GetNumPoints(), 16);
+}
