@@ -11,41 +11,14 @@
 
 namespace {
 
-using Record = vek::detail::ScanWorkerRecord<ZrCFinestTriangulation>;
+using vek::detail::SampleEvery;
+using vek::detail::SampleInZRange;
+using vek::detail::SampleStretch;
+using vek::detail::SampleUnvisible;
+using vek::detail::SampleVisible;
 using Triangles = CList<t_hfinesttriangle*>;
 
 constexpr std::size_t kScanWorkers = 10;
-
-template <class Test>
-void SampleBand(const vek::detail::ScanLattice& lattice, CSSEMatrix* field, const Triangles* list, int first,
-                int last, const Test& test, bool keepMax)
-{
-    if (field == nullptr || list == nullptr) return;
-    vek::detail::SampleStretch(lattice, *field, *list, first, last, test, keepMax);
-}
-
-void SampleEvery(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedArea(r.Field, r.List, r.Origin, r.First, r.Last, r.KeepMax);
-}
-
-void SampleVisible(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyVisible(r.Field, r.List, r.Origin, r.First, r.Last,
-                                                                 r.KeepMax);
-}
-
-void SampleUnvisible(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(r.Field, r.List, r.Origin, r.First, r.Last,
-                                                                   r.KeepMax);
-}
-
-void SampleInZRange(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaWithZRange(r.Field, r.List, r.Origin, r.First, r.Last, r.ZMax,
-                                                                r.ZMin, r.KeepMax);
-}
 
 } // namespace
 
@@ -78,33 +51,33 @@ void ZrCFinestTriangulation::ScanConvertInTenBands(CSSEMatrix* field, float back
 void ZrCFinestTriangulation::FastScanConvertTriangulation(CSSEMatrix* field, float background, SSEPoint& origin,
                                                           bool keepMax)
 {
-    ScanConvertInTenBands(field, background, origin, keepMax, SampleEvery, 0.0f, 0.0f);
+    ScanConvertInTenBands(field, background, origin, keepMax, SampleEvery<ZrCFinestTriangulation>, 0.0f, 0.0f);
 }
 
 void ZrCFinestTriangulation::FastScanConvertTriangulationOnlyVisible(CSSEMatrix* field, float background,
                                                                      SSEPoint& origin, bool keepMax)
 {
-    ScanConvertInTenBands(field, background, origin, keepMax, SampleVisible, 0.0f, 0.0f);
+    ScanConvertInTenBands(field, background, origin, keepMax, SampleVisible<ZrCFinestTriangulation>, 0.0f, 0.0f);
 }
 
 void ZrCFinestTriangulation::FastScanConvertTriangulationOnlyUnvisible(CSSEMatrix* field, float background,
                                                                        SSEPoint& origin, bool keepMax)
 {
-    ScanConvertInTenBands(field, background, origin, keepMax, SampleUnvisible, 0.0f, 0.0f);
+    ScanConvertInTenBands(field, background, origin, keepMax, SampleUnvisible<ZrCFinestTriangulation>, 0.0f, 0.0f);
 }
 
 void ZrCFinestTriangulation::FastScanConvertTriangulationWithZRange(CSSEMatrix* field, float background,
                                                                     SSEPoint& origin, float zMax, float zMin,
                                                                     bool keepMax)
 {
-    ScanConvertInTenBands(field, background, origin, keepMax, SampleInZRange, zMax, zMin);
+    ScanConvertInTenBands(field, background, origin, keepMax, SampleInZRange<ZrCFinestTriangulation>, zMax, zMin);
 }
 
 void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedArea(CSSEMatrix* field, const Triangles* list,
                                                                      const SSEPoint& origin, int first, int last,
                                                                      bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::EveryTriangle{}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last, vek::detail::EveryTriangle{}, keepMax);
 }
 
 void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaOnlyVisible(CSSEMatrix* field,
@@ -112,8 +85,8 @@ void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaOnlyVisible(
                                                                                 const SSEPoint& origin, int first,
                                                                                 int last, bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last,
-               vek::detail::FacingTrianglesByCorners{Vertices, keepMax}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last,
+                  vek::detail::FacingTrianglesByCorners{Vertices, keepMax}, keepMax);
 }
 
 void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(CSSEMatrix* field,
@@ -121,8 +94,8 @@ void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaOnlyUnvisibl
                                                                                   const SSEPoint& origin, int first,
                                                                                   int last, bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last,
-               vek::detail::FacingTrianglesByCorners{Vertices, !keepMax}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last,
+                  vek::detail::FacingTrianglesByCorners{Vertices, !keepMax}, keepMax);
 }
 
 void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaWithZRange(CSSEMatrix* field,
@@ -131,6 +104,6 @@ void ZrCFinestTriangulation::ScanConvertTriangulationWithLimitedAreaWithZRange(C
                                                                                int last, float zMax, float zMin,
                                                                                bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::TrianglesInZRange{Vertices, zMax, zMin},
-               keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last,
+                  vek::detail::TrianglesInZRange{Vertices, zMax, zMin}, keepMax);
 }

@@ -12,43 +12,15 @@
 
 namespace {
 
+using vek::detail::SampleEvery;
+using vek::detail::SampleInZRange;
+using vek::detail::SampleStretch;
+using vek::detail::SampleUnvisible;
+using vek::detail::SampleVisible;
 using Record = vek::detail::ScanWorkerRecord<ZrCIncrementalDelaunay2D>;
 using Triangles = CList<t_hdelaunaytriangle*>;
 
 constexpr std::size_t kScanWorkers = 5;
-
-template <class Test>
-void SampleBand(const vek::detail::ScanLattice& lattice, CSSEMatrix* field, const Triangles* list, int first,
-                int last, const Test& test, bool keepMax)
-{
-    if (field == nullptr || list == nullptr) return;
-    vek::detail::SampleStretch(lattice, *field, *list, first, last, test, keepMax);
-}
-
-// ---- the worker bodies: one sampler each, on the record's band
-
-void SampleEvery(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedArea(r.Field, r.List, r.Origin, r.First, r.Last, r.KeepMax);
-}
-
-void SampleVisible(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyVisible(r.Field, r.List, r.Origin, r.First, r.Last,
-                                                                 r.KeepMax);
-}
-
-void SampleUnvisible(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(r.Field, r.List, r.Origin, r.First, r.Last,
-                                                                   r.KeepMax);
-}
-
-void SampleInZRange(const Record& r)
-{
-    r.Object->ScanConvertTriangulationWithLimitedAreaWithZRange(r.Field, r.List, r.Origin, r.First, r.Last, r.ZMax,
-                                                                r.ZMin, r.KeepMax);
-}
 
 void SampleInside(const Record& r)
 {
@@ -90,26 +62,26 @@ void ZrCIncrementalDelaunay2D::ScanConvertInFiveBands(CSSEMatrix* field, float b
 void ZrCIncrementalDelaunay2D::FastScanConvertTriangulation(CSSEMatrix* field, float background, SSEPoint& origin,
                                                             bool keepMax)
 {
-    ScanConvertInFiveBands(field, background, origin, keepMax, SampleEvery, 0.0f, 0.0f);
+    ScanConvertInFiveBands(field, background, origin, keepMax, SampleEvery<ZrCIncrementalDelaunay2D>, 0.0f, 0.0f);
 }
 
 void ZrCIncrementalDelaunay2D::FastScanConvertTriangulationOnlyVisible(CSSEMatrix* field, float background,
                                                                        SSEPoint& origin, bool keepMax)
 {
-    ScanConvertInFiveBands(field, background, origin, keepMax, SampleVisible, 0.0f, 0.0f);
+    ScanConvertInFiveBands(field, background, origin, keepMax, SampleVisible<ZrCIncrementalDelaunay2D>, 0.0f, 0.0f);
 }
 
 void ZrCIncrementalDelaunay2D::FastScanConvertTriangulationOnlyUnvisible(CSSEMatrix* field, float background,
                                                                          SSEPoint& origin, bool keepMax)
 {
-    ScanConvertInFiveBands(field, background, origin, keepMax, SampleUnvisible, 0.0f, 0.0f);
+    ScanConvertInFiveBands(field, background, origin, keepMax, SampleUnvisible<ZrCIncrementalDelaunay2D>, 0.0f, 0.0f);
 }
 
 void ZrCIncrementalDelaunay2D::FastScanConvertTriangulationWithZRange(CSSEMatrix* field, float background,
                                                                       SSEPoint& origin, float zMax, float zMin,
                                                                       bool keepMax)
 {
-    ScanConvertInFiveBands(field, background, origin, keepMax, SampleInZRange, zMax, zMin);
+    ScanConvertInFiveBands(field, background, origin, keepMax, SampleInZRange<ZrCIncrementalDelaunay2D>, zMax, zMin);
 }
 
 // The bands are lines of `reference`, and every worker walks all triangles,
@@ -135,7 +107,7 @@ void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedArea(CSSEMatri
                                                                        const SSEPoint& origin, int first, int last,
                                                                        bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::EveryTriangle{}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last, vek::detail::EveryTriangle{}, keepMax);
 }
 
 void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaOnlyVisible(CSSEMatrix* field,
@@ -143,7 +115,7 @@ void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaOnlyVisibl
                                                                                   const SSEPoint& origin, int first,
                                                                                   int last, bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::FacingTriangles{keepMax}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last, vek::detail::FacingTriangles{keepMax}, keepMax);
 }
 
 void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(CSSEMatrix* field,
@@ -151,7 +123,7 @@ void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaOnlyUnvisi
                                                                                     const SSEPoint& origin, int first,
                                                                                     int last, bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::FacingTriangles{!keepMax}, keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last, vek::detail::FacingTriangles{!keepMax}, keepMax);
 }
 
 void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaWithZRange(CSSEMatrix* field,
@@ -160,8 +132,8 @@ void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaWithZRange
                                                                                  int last, float zMax, float zMin,
                                                                                  bool keepMax) const
 {
-    SampleBand(ScanLatticeFor(origin), field, list, first, last, vek::detail::TrianglesInZRange{Vertices, zMax, zMin},
-               keepMax);
+    SampleStretch(ScanLatticeFor(origin), field, list, first, last,
+                  vek::detail::TrianglesInZRange{Vertices, zMax, zMin}, keepMax);
 }
 
 void ZrCIncrementalDelaunay2D::ScanConvertTriangulationWithLimitedAreaOnlyInside(CSSEMatrix* field,

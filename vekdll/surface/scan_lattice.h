@@ -147,6 +147,16 @@ void SampleStretch(const ScanLattice& lattice, CSSEMatrix& field, const CList<Tr
         SampleTrianglesFrom<false>(lattice, target, list, pos, end - first, test);
 }
 
+// The same for the samplers that callers reach directly, which may be handed
+// no field or no list: then nothing is sampled.
+template <class Triangle, class Test>
+void SampleStretch(const ScanLattice& lattice, CSSEMatrix* field, const CList<Triangle*>* list, int first, int last,
+                   const Test& test, bool keepMax)
+{
+    if (field == nullptr || list == nullptr) return;
+    SampleStretch(lattice, *field, *list, first, last, test, keepMax);
+}
+
 // Samples every triangle of `list` that `test` lets pass.
 template <class Triangle, class Test>
 void SampleWholeList(const ScanLattice& lattice, CSSEMatrix& field, const CList<Triangle*>& list, const Test& test,

@@ -41,6 +41,35 @@ struct ScanWorkerRecord {
     CEvent Done;
 };
 
+// The worker bodies of the drivers, alike in both triangulations: each runs
+// the owner's sampler of one kind on the record's band.
+template <class Owner>
+void SampleEvery(const ScanWorkerRecord<Owner>& r)
+{
+    r.Object->ScanConvertTriangulationWithLimitedArea(r.Field, r.List, r.Origin, r.First, r.Last, r.KeepMax);
+}
+
+template <class Owner>
+void SampleVisible(const ScanWorkerRecord<Owner>& r)
+{
+    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyVisible(r.Field, r.List, r.Origin, r.First, r.Last,
+                                                                 r.KeepMax);
+}
+
+template <class Owner>
+void SampleUnvisible(const ScanWorkerRecord<Owner>& r)
+{
+    r.Object->ScanConvertTriangulationWithLimitedAreaOnlyUnvisible(r.Field, r.List, r.Origin, r.First, r.Last,
+                                                                   r.KeepMax);
+}
+
+template <class Owner>
+void SampleInZRange(const ScanWorkerRecord<Owner>& r)
+{
+    r.Object->ScanConvertTriangulationWithLimitedAreaWithZRange(r.Field, r.List, r.Origin, r.First, r.Last, r.ZMax,
+                                                                r.ZMin, r.KeepMax);
+}
+
 // The cell value that stands for "no sample yet": every sample beats it.
 inline constexpr float kScanSentinelForMaximum = -999999.9f;
 inline constexpr float kScanSentinelForMinimum = 999999.9f;
