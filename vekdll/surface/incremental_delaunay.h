@@ -333,6 +333,7 @@ private:
     // retired triangles wait for the release walk.
     void SettleInsertion();
     bool LinksAroundInsertionAreSound() const;
+    void NoteFlipOutsideAffected(t_hdelaunaytriangle* triangle, t_hdelaunaytriangle* neighbour);
     void FreeRetiredTriangles();
     // Releases once the retired triangles outnumber half the working ones,
     // so that the walk over all triangles costs each insertion O(1).
@@ -365,7 +366,9 @@ private:
     // Set when an insertion left links that are not returned, or lead to a
     // retired triangle; cleared by a new build.
     bool LinksMayBeStale = false;
-    // Set by a sweep that flipped with a triangle outside the affected list.
-    bool FlippedOutsideAffected = false;
+    // The records that the sweeps' flips with a triangle outside the
+    // affected list may have written: both triangles and their neighbours
+    // before each such flip.
+    std::vector<t_hdelaunaytriangle*> FlipTouched;
     std::vector<t_hdelaunaytriangle*> SearchScratch;
 };

@@ -28,7 +28,7 @@ void ZrCIncrementalDelaunay2D::StartNewTriangulation()
     ClearTriangleList();
     Finalized = false;
     LinksMayBeStale = false;
-    FlippedOutsideAffected = false;
+    FlipTouched.clear();
 }
 
 // Inserts every vertex below min(count, NumVertices) other than the first

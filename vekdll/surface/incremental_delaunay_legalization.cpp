@@ -188,7 +188,7 @@ int ZrCIncrementalDelaunay2D::SweepOnce(bool checkFan, vek::detail::SweepCycleWa
             // A sound insertion flips only among the triangles it affects;
             // a neighbour from elsewhere means the float decisions disagree,
             // and its outer links are then beyond what the insertion checks.
-            if (!LinksMayBeStale && AffectedTriangleList.Find(neighbour) == nullptr) FlippedOutsideAffected = true;
+            if (!LinksMayBeStale && AffectedTriangleList.Find(neighbour) == nullptr) NoteFlipOutsideAffected(triangle, neighbour);
             FlipSharedEdge(triangle, side, neighbour, sideOfNeighbour);
             CalcCircumCircle(triangle);
             CalcCircumCircle(neighbour);

@@ -16,8 +16,8 @@ bool Links(const t_hdelaunaytriangle* from, const t_hdelaunaytriangle* to)
 
 void ZrCIncrementalDelaunay2D::SettleInsertion()
 {
-    const bool sound = !LinksMayBeStale && !FlippedOutsideAffected && LinksAroundInsertionAreSound();
-    FlippedOutsideAffected = false;
+    const bool sound = !LinksMayBeStale && LinksAroundInsertionAreSound();
+    FlipTouched.clear();
     AddNewTrianglesToList();
     if (sound) {
         FreeRetiredTriangles();
@@ -27,13 +27,27 @@ void ZrCIncrementalDelaunay2D::SettleInsertion()
     ReleaseRetiredTrianglesIfMany();
 }
 
+// A flip writes the links of its two triangles and the back links of their
+// neighbours, so those records are checked at the end of the insertion too.
+void ZrCIncrementalDelaunay2D::NoteFlipOutsideAffected(t_hdelaunaytriangle* triangle, t_hdelaunaytriangle* neighbour)
+{
+    for (t_hdelaunaytriangle* record : {triangle, neighbour}) {
+        FlipTouched.push_back(record);
+        for (t_hdelaunaytriangle* around : record->Neighbour) {
+            if (around != nullptr) FlipTouched.push_back(around);
+        }
+    }
+}
+
 // Before an insertion every link was returned and led to a live triangle.
 // The insertion wrote links only into the triangles it leaves in the
-// affected list, into their neighbours, and into the triangles it dropped
-// and their neighbours (a flip with a triangle from outside the affected
-// list, which writes further, is caught in the sweep); so if the affected
-// triangles' links are returned and none of them, nor any neighbour of a
-// dropped triangle, still leads to a dropped one, that holds after it too.
+// affected list, into their neighbours, into the triangles it dropped and
+// their neighbours, and, where a sweep flipped with a triangle from outside
+// the affected list, into the records that flip noted. If the links of the
+// affected and the noted triangles are returned and none of them, nor any
+// neighbour of a dropped triangle, still leads to a dropped one, then every
+// link written is returned: a record that lost a link is one of those
+// checked, and so is every record it linked before.
 bool ZrCIncrementalDelaunay2D::LinksAroundInsertionAreSound() const
 {
     std::vector<const t_hdelaunaytriangle*> leaving(Retired.begin(), Retired.end());
@@ -44,13 +58,20 @@ bool ZrCIncrementalDelaunay2D::LinksAroundInsertionAreSound() const
     const auto isLeaving = [&leaving](const t_hdelaunaytriangle* t) {
         return std::find(leaving.begin(), leaving.end(), t) != leaving.end();
     };
-    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
-        const t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
-        if (triangle == nullptr || triangle->Ignore) continue;
+    const auto linksAreReturned = [&isLeaving](const t_hdelaunaytriangle* triangle) {
         for (const t_hdelaunaytriangle* neighbour : triangle->Neighbour) {
             if (neighbour == nullptr) continue;
             if (isLeaving(neighbour) || !Links(neighbour, triangle)) return false;
         }
+        return true;
+    };
+    for (POSITION pos = AffectedTriangleList.GetHeadPosition(); pos != nullptr;) {
+        const t_hdelaunaytriangle* triangle = AffectedTriangleList.GetNext(pos);
+        if (triangle == nullptr || triangle->Ignore) continue;
+        if (!linksAreReturned(triangle)) return false;
+    }
+    for (const t_hdelaunaytriangle* touched : FlipTouched) {
+        if (!isLeaving(touched) && !linksAreReturned(touched)) return false;
     }
     for (const t_hdelaunaytriangle* dropped : leaving) {
         for (const t_hdelaunaytriangle* neighbour : dropped->Neighbour) {
