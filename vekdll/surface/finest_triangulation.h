@@ -193,7 +193,6 @@ public:
     // The unit normal of (V1 - V0) x (V2 - V0); the division is skipped for
     // a cross product of zero.
     void ComputeNormalVectorOfTriangle(const t_hfinesttriangle& triangle, SSEPoint& result) const;
-    int CompareVertexXY(int i, int j) const;
     // The records keep no normal: the seam code's request for them does
     // nothing, and the facing of the whole is summed from computed ones.
     void ComputeNormalVectorsOfTriangles() {}

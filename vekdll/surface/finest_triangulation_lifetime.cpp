@@ -170,19 +170,12 @@ void ZrCFinestTriangulation::CalcBoundingBox()
 
 void ZrCFinestTriangulation::CalcCenterPoint(SSEPoint& result) const
 {
-    __m128 sum = _mm_setzero_ps();
-    const __m128 count = _mm_set1_ps(static_cast<float>(NumVertices));
-    for (int i = 0; i < NumVertices; ++i) sum = _mm_add_ps(sum, _mm_div_ps(Vertices[i].sse, count));
-    result.sse = sum;
+    result.sse = MeanOfVertices();
 }
 
 void ZrCFinestTriangulation::ComputeNormalVectorOfTriangle(const t_hfinesttriangle& triangle, SSEPoint& result) const
 {
-    const __m128 a = Vertices[triangle.Vertex[0]].sse;
-    const __m128 cross = CSSEFns::vectorproduct(_mm_sub_ps(Vertices[triangle.Vertex[1]].sse, a),
-                                                _mm_sub_ps(Vertices[triangle.Vertex[2]].sse, a));
-    const bool zero = _mm_movemask_ps(_mm_cmpeq_ps(cross, _mm_setzero_ps())) == 0xF;
-    result.sse = zero ? cross : CSSEFns::normalizevector(cross);
+    result.sse = UnitNormalOf(triangle);
 }
 
 // The mean of the unit normals, taken in list order.
@@ -201,9 +194,4 @@ bool ZrCFinestTriangulation::CalcNormalDirection() const
     SSEPoint mean;
     mean.sse = _mm_div_ps(sum, _mm_set1_ps(static_cast<float>(count)));
     return mean.z >= 0.0f;
-}
-
-int ZrCFinestTriangulation::CompareVertexXY(int i, int j) const
-{
-    return Vertices[i].x == Vertices[j].x && Vertices[i].y == Vertices[j].y ? 1 : 0;
 }

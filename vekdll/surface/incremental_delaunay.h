@@ -136,7 +136,6 @@ public:
                                          const SSEPoint& offset);
     bool Visible(int v, const t_hdelaunaytriangle* triangle, int side) const;
     static float Visibility(const t_hdelaunaytriangle* a, const t_hdelaunaytriangle* b);
-    int CompareVertexXY(int i, int j) const;
     // Whether the polygon's inner area holds a sample of the segment a-b,
     // taken every min(length / 10, 0.1) from a, excluding a itself.
     static bool CheckAcrossEdge(const SSEPoint& a, const SSEPoint& b, CSSE3dPolygon& polygon);

@@ -28,10 +28,7 @@ void ZrCIncrementalDelaunay2D::CalcBoundingBox()
 // vertex / count one by one.
 void ZrCIncrementalDelaunay2D::CalcCenterPoint()
 {
-    __m128 sum = _mm_setzero_ps();
-    const __m128 count = _mm_set1_ps(static_cast<float>(NumVertices));
-    for (int i = 0; i < NumVertices; ++i) sum = _mm_add_ps(sum, _mm_div_ps(Vertices[i].sse, count));
-    CenterPoint->sse = sum;
+    CenterPoint->sse = MeanOfVertices();
 }
 
 // The mean of the start vertices of the edges; an empty list gives 0 / 0.
@@ -87,11 +84,7 @@ void ZrCIncrementalDelaunay2D::ComputeNormalVectorOfTriangle(const t_hdelaunaytr
                                                              SSEPoint* result) const
 {
     if (triangle == nullptr || result == nullptr) return;
-    const __m128 p0 = Vertices[triangle->Vertex[0]].sse;
-    const __m128 cross = CSSEFns::vectorproduct(_mm_sub_ps(Vertices[triangle->Vertex[1]].sse, p0),
-                                                _mm_sub_ps(Vertices[triangle->Vertex[2]].sse, p0));
-    const bool zero = _mm_movemask_ps(_mm_cmpeq_ps(cross, _mm_setzero_ps())) == 0xF;
-    result->sse = zero ? cross : CSSEFns::normalizevector(cross);
+    result->sse = UnitNormalOf(*triangle);
 }
 
 // Normals are computed on the working list, which the object keeps.

@@ -156,11 +156,6 @@ float ZrCIncrementalDelaunay2D::Visibility(const t_hdelaunaytriangle* a, const t
     return CSSEFns::scalarproduct(a->Normal->sse, b->Normal->sse);
 }
 
-int ZrCIncrementalDelaunay2D::CompareVertexXY(int i, int j) const
-{
-    return Vertices[i].x == Vertices[j].x && Vertices[i].y == Vertices[j].y ? 1 : 0;
-}
-
 bool ZrCIncrementalDelaunay2D::CheckAcrossEdge(const SSEPoint& a, const SSEPoint& b, CSSE3dPolygon& polygon)
 {
     const __m128 delta = _mm_sub_ps(b.sse, a.sse);

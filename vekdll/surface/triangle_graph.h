@@ -43,7 +43,7 @@ concept HasOutsideFlag = requires(T t) { t.Outside; };
 //   CList<Triangle*>& PresentList()      the list that holds the triangles now
 // and the constant `kAngleFlipSetsFlipState`. The border and seam operations
 // further need SelectionList() (where a flood lists what it selects),
-// CompareVertexXY, ComputeNormalVectorsOfTriangles, CalcNormalDirection and
+// ComputeNormalVectorsOfTriangles, CalcNormalDirection and
 // the constants kMidPointNearGap, kMidPointWideGap and
 // kBorderDistanceSearchStart, in which the two triangulations differ. The
 // record type names its record of corners in conflict with a raster by a
@@ -457,6 +457,12 @@ public:
     // CheckTrianglesForDelete finishes the cut.
     void DeleteTrianglesInCap(CSSE3dPolygon* polygon, Derived* other, bool flag);
 
+    // 1 if vertices i and j lie at the same x and y, else 0.
+    int CompareVertexXY(int i, int j) const
+    {
+        return Vertices[i].x == Vertices[j].x && Vertices[i].y == Vertices[j].y ? 1 : 0;
+    }
+
 protected:
     TriangleGraph() = default;
     explicit TriangleGraph(int numVertices) : ZrCSSEVertexContainer(numVertices) {}
@@ -487,6 +493,12 @@ protected:
     // The lane-wise extremes of all corners of all triangles of `list`;
     // the sentinels 999999.9 and -999999.9 when it is empty.
     void BoxOfCorners(const TriangleListType& list, SSEPoint& min, SSEPoint& max) const;
+    // The unit normal of (V1 - V0) x (V2 - V0) over four lanes; a degenerate
+    // triangle keeps the zero vector instead of a division by zero.
+    __m128 UnitNormalOf(const Triangle& triangle) const;
+    // The mean of all stored vertices, those of no triangle included,
+    // summed as vertex / count one by one.
+    __m128 MeanOfVertices() const;
     // The inner angle at `at` between the rays to p and q, in 3D, by acosf.
     static float InnerAngle(const SSEPoint& at, const SSEPoint& p, const SSEPoint& q);
     // Its cosine, from the two unit rays over four lanes; rounding may carry

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "vekdll/foundation/sse_fns.h"
 #include "vekdll/surface/triangle_graph.h"
 
 namespace vek {
@@ -71,6 +72,25 @@ void TriangleGraph<D, T, E>::BoxOfCorners(const TriangleListType& list, SSEPoint
             max.sse = _mm_max_ps(max.sse, Vertices[corner].sse);
         }
     }
+}
+
+template <class D, class T, class E>
+__m128 TriangleGraph<D, T, E>::UnitNormalOf(const T& triangle) const
+{
+    const __m128 p0 = Vertices[triangle.Vertex[0]].sse;
+    const __m128 cross = CSSEFns::vectorproduct(_mm_sub_ps(Vertices[triangle.Vertex[1]].sse, p0),
+                                                _mm_sub_ps(Vertices[triangle.Vertex[2]].sse, p0));
+    const bool zero = _mm_movemask_ps(_mm_cmpeq_ps(cross, _mm_setzero_ps())) == 0xF;
+    return zero ? cross : CSSEFns::normalizevector(cross);
+}
+
+template <class D, class T, class E>
+__m128 TriangleGraph<D, T, E>::MeanOfVertices() const
+{
+    __m128 sum = _mm_setzero_ps();
+    const __m128 count = _mm_set1_ps(static_cast<float>(NumVertices));
+    for (int i = 0; i < NumVertices; ++i) sum = _mm_add_ps(sum, _mm_div_ps(Vertices[i].sse, count));
+    return sum;
 }
 
 } // namespace vek
